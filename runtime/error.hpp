@@ -1,0 +1,101 @@
+// The error stack: named frames, one error type and number for each, and a message that waits until the outermost call returns.
+#pragma once
+
+#include <csetjmp>
+#include <initializer_list>
+
+#include "runtime/catalogue.hpp"
+#include "runtime/half.hpp"
+#include "zent/base.h"
+
+namespace zent {
+
+inline constexpr long frame_count = 200;
+inline constexpr long jump_buffer_count = 100;
+inline constexpr long type_count = 9;
+inline constexpr long message_bytes = 2048;  // the buffer at first; it doubles
+inline constexpr long value_count = 10;      // values 1 to 9; entry 0 stays 0 or null
+
+struct Frame {
+  unsigned char type;
+  unsigned char user;  // stands for a calling program: the frame above it is the library's entry
+  long number;
+  const char* name;
+};
+
+using PrintProcedure = void (*)(long type, long number, const char* routine, const char* text);
+using ChecksumProcedure = void (*)(long type, long number, const char* text);
+
+struct JumpSlot {
+  alignas(8) jmp_buf buffer;
+};
+
+struct ErrorState {
+  long jump_depth;
+  long signal_jump;  // set by the signal handler; the next pop drops the frames that the jump passed over
+  long i[value_count];
+  double r[value_count];
+  zent_d_complex c[value_count];
+  const char* l[value_count];
+  JumpSlot jump[jump_buffer_count];
+  long type_word[2];  // level 0: the frame on top; level 1: the frame popped last
+  long number_word[2];
+  char* message;
+  long message_capacity;
+  char first_message[message_bytes];
+  Frame frame[frame_count];
+  Frame* top;
+  PrintProcedure print;
+  bool full_traceback;
+  bool print_flag[type_count];
+  bool stop_flag[type_count];
+  bool traceback_flag[type_count];
+  bool immediate_flag[type_count];
+  CatalogueView catalogue;
+};
+
+// The half's one state, ready for use from the first instruction on.
+template <class Half>
+extern ErrorState error_state;
+
+template <class Half>
+void push(const char* name);
+template <class Half>
+void pop(const char* name);
+template <class Half>
+void user_frame(bool on);
+
+template <class Half>
+long raise(long type, long number);
+template <class Half>
+long raise_text(long type, long number, const char* text);
+
+// The values of one message: i1, i2, ... in order, and likewise r, c and l.
+struct Values {
+  std::initializer_list<long> i{};
+  std::initializer_list<double> r{};
+  std::initializer_list<zent_d_complex> c{};
+  std::initializer_list<const char*> l{};
+};
+
+// raise<Math>(5, MATH_INTEGER_OUT_OF_RANGE, {.i = {1, 8, n}, .l = {"n"}})
+template <class Half>
+long raise(long type, long number, const Values& values);
+
+// An argument check of this frame has failed already.
+template <class Half>
+bool failed() {
+  return error_state<Half>.type_word[0] != 0;
+}
+
+// The last inner call failed: 3 is a warning with a usable result.
+template <class Half>
+bool inner_failed() {
+  return error_state<Half>.type_word[1] > 3;
+}
+
+// 201 to 209 with the sizes and names of what could not be allocated; the statistics half knows 201 to 206 only.
+template <class Half>
+void raise_out_of_memory(std::initializer_list<long> sizes, std::initializer_list<const char*> names);
+
+}  // namespace zent
