@@ -1,0 +1,39 @@
+# Flags and target shapes used in the whole tree.
+
+# Warnings as errors; the two conversion warnings prove that single precision forms compute in single precision.
+set(zent_warnings -Wall -Wextra -Wshadow -Wfloat-conversion -Wdouble-promotion -Werror)
+if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+  list(APPEND zent_warnings -Wimplicit-float-conversion -Wno-implicit-int-float-conversion)
+endif()
+
+if(ZENT_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+# A layer of the library or the binding: no exceptions, no type information, no contraction of products and sums.
+function(zent_library_layer target folder)
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cpp)
+  if(NOT sources)
+    set(sources ${CMAKE_SOURCE_DIR}/cmake/empty.cpp)
+  endif()
+  add_library(${target} OBJECT ${sources})
+  target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/include)
+  target_compile_options(${target} PRIVATE ${zent_warnings} -fno-exceptions -fno-rtti -ffp-contract=off)
+endfunction()
+
+# tests/<family>/*.cpp make one test binary, registered with CTest as one test.
+function(zent_test_family family)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${family}/*.cpp ${CMAKE_SOURCE_DIR}/tests/${family}/*.c)
+  if(NOT sources)
+    return()
+  endif()
+  add_executable(test_${family} ${sources})
+  target_include_directories(test_${family} PRIVATE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/include)
+  target_compile_options(test_${family} PRIVATE -Wall -Wextra -Werror)
+  target_compile_definitions(test_${family} PRIVATE ZENT_SOURCE_DIR="${CMAKE_SOURCE_DIR}" ZENT_BUILD_DIR="${CMAKE_BINARY_DIR}")
+  target_link_libraries(test_${family} PRIVATE ${ARGN} GTest::gtest_main)
+  add_dependencies(test_${family} catalogues)
+  add_test(NAME ${family} COMMAND test_${family})
+  set_tests_properties(${family} PROPERTIES ENVIRONMENT "ZENTERRPATH=${CMAKE_BINARY_DIR}/;ZENTSERRPATH=${CMAKE_BINARY_DIR}/" TIMEOUT 600)
+endfunction()

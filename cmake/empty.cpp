@@ -1,0 +1,1 @@
+// Stands for a layer that has no sources yet.
