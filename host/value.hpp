@@ -79,6 +79,13 @@ class Value {
   ORV_VARIABLE* variable();
   // Takes over a temporary that a module or a user function returned (consumed), or copies one that is not a temporary.
   static Value adopt(ORV_VARIABLE*);
+  // The variable as it is, possibly sharing its data; for reading.
+  const ORV_VARIABLE& raw() const {
+    return v_;
+  }
+  // A value that shares the data of a variable, and giving up the contents to a variable that held nothing.
+  static Value sharing(const ORV_VARIABLE&);
+  void give_to(ORV_VARIABLE& target);
 
  private:
   ORV_VARIABLE v_;
@@ -95,7 +102,11 @@ std::string to_display(const Value&);  // what print shows
 
 enum class Binary { add, subtract, multiply, divide, modulo, power, equal, not_equal, less, less_equal, greater, greater_equal, logical_and, logical_or, matrix_multiply };
 enum class Unary { negate, logical_not };
-Value apply(Binary, const Value&, const Value&);  // integer / integer truncates only if exact division is not possible: see docs/orv.md (real division always)
+// Bytes count as integers. The quotient of two integers is always a double. Sums, differences, products, remainders and powers with
+// exponents from 0 of integers stay integers, unless one of the results is too large: then all of them are doubles. A remainder has
+// the sign of the dividend; a remainder of integers by 0 throws. Strings: + joins, comparisons are by bytes. Comparisons and logical
+// operations give bytes.
+Value apply(Binary, const Value&, const Value&);
 Value apply(Unary, const Value&);
 
 // One subscript of an index expression.

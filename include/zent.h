@@ -27,11 +27,30 @@
 #define ZENT_RETURN_USER 10260
 #define ZENT_FCN_W_DATA 13101
 
+/* Codes of the Faure sequence. */
+#define ZENT_BASE 12100
+#define ZENT_SKIP 12101
+#define ZENT_RETURN_SKIP 12102
+
 #define ZENT_HALF(name) zent_##name
 #include "zent/runtime.inc"
 #include "zent/kernels.inc"
+#include "zent/random.inc"
 #undef ZENT_HALF
 
 #include "zent/special.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Sets the shuffle table (128 entries in (0, 1)) of this half; a first entry that is not positive has it rebuilt at the next draw.
+ * Every bad entry raises 11031 (type 5); the good ones are stored and the table is used. */
+ZENT_API void zent_rnses(float *table);
+ZENT_API void zent_drnses(double *table);
+
+#ifdef __cplusplus
+}
+#endif
 
 #endif

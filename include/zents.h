@@ -26,9 +26,42 @@
 /* Codes that recur in the option lists of this half. */
 #define ZENTS_RETURN_USER 14280
 
+/* Codes of the Faure sequence. */
+#define ZENTS_BASE 40016
+#define ZENTS_SKIP 40017
+#define ZENTS_RETURN_SKIP 40018
+
 #define ZENT_HALF(name) zents_##name
 #include "zent/runtime.inc"
 #include "zent/kernels.inc"
+#include "zent/random.inc"
 #undef ZENT_HALF
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+ZENT_API long zents_random_option_get(void);
+
+/* The seed 100,000 steps further along the same unshuffled generator. Raises 65100 for a shuffled one and 65101 for generator 7
+ * (type 5) and then returns the seed as it came. */
+ZENT_API long zents_random_substream_seed_get(long seed);
+
+/* The shuffle table of 128 entries of a precision. Set: a first entry that is not positive has it rebuilt from the seed; else the
+ * first entry outside (0, 1) raises 11031 (type 5), with those before it stored. Get: into *table a new array, or the caller's with
+ * ZENTS_RETURN_USER; 11001 for another option. */
+ZENT_API void zents_f_random_table_set(float *table);
+ZENT_API void zents_d_random_table_set(double *table);
+ZENT_API void zents_f_random_table_get(float **table, ...);
+ZENT_API void zents_d_random_table_get(double **table, ...);
+
+/* The table of generator 7: 1563 words and the two indices (counted from 1; reduced into 1 to 1563 when stored). A first word below 1
+ * has it rebuilt from the seed; another value below 1 raises 65102 (type 5), with those before it stored. */
+ZENT_API void zents_random_GFSR_table_set(long *table);
+ZENT_API void zents_random_GFSR_table_get(long **table, ...);
+
+#ifdef __cplusplus
+}
+#endif
 
 #endif

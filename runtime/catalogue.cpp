@@ -1,5 +1,5 @@
-// Reader of the message catalogue. Nothing in the file is trusted: a missing or damaged one costs texts and names, and every other
-// service of the library goes on.
+// Reader of the message catalogue. Nothing in the file is trusted: a missing or damaged one costs texts and names, and every
+// other service of the library goes on.
 #include "runtime/catalogue.hpp"
 
 #include <fcntl.h>
@@ -160,8 +160,11 @@ const char* search_path(CatalogueView& view, const char* variable) {
   if (view.path != nullptr) return view.path;
   const char* path = std::getenv(variable);
   if (path == nullptr) path = default_path;
-  view.path = strdup(path);
-  return view.path != nullptr ? view.path : path;
+  const size_t bytes = std::strlen(path) + 1;
+  view.path = static_cast<char*>(std::malloc(bytes));
+  if (view.path == nullptr) return path;
+  std::memcpy(view.path, path, bytes);
+  return view.path;
 }
 
 template <class Half>
@@ -244,7 +247,8 @@ const char* find_message(long number) {
     index = no_memory;
   }
   if (index == no_memory) {
-    std::snprintf(view.fallback, fallback_bytes, "Error in reading %s for error message %ld.\n%s.\n", view.file, number, view.reason);
+    std::snprintf(view.fallback, fallback_bytes, "Error in reading %s for error message %ld.\n%s.\n", view.file, number,
+                  view.reason);
     file.status = failed_for_good;
     return view.fallback;
   }

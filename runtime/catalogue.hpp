@@ -5,7 +5,7 @@
 
 namespace zent {
 
-inline constexpr long fallback_bytes = 64;
+inline constexpr long fallback_bytes = 96;  // holds the longest notice with a number of 20 characters
 inline constexpr long name_bytes = 32;  // the longest error name has 31 characters
 
 // What the error state keeps of the catalogue: the last record read and where to look for the file.

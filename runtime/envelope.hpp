@@ -25,29 +25,33 @@ auto run(Body& body) {
   }
 }
 
+// Out of line: the frame with the jump point then holds nothing that the body could have kept in a register across the jump.
+template <class Half, class Result, class Body>
+[[gnu::noinline]] void run_armed(Result& result, Body& body) {
+  trap_on<Half>();
+  Result value = run(body);
+  --error_state<Half>.jump_depth;
+  trap_off<Half>();
+  result = value;
+}
+
 // The one place that knows about jumps. A jump arrives with the frames of the body abandoned, so nothing that stands in them, and
 // nothing here, may need a destructor. `result` stays what a failing call returns unless the body ran to its end.
 template <class Half, class Result, class Body>
-void run_trapped(Result& result, Body& body) {
+[[gnu::noinline]] void run_trapped(Result& result, Body& body) {
   ErrorState& state = error_state<Half>;
-  const long depth = trap_depth<Half>;
-  if (depth >= trap_depth_limit || state.jump_depth >= jump_buffer_count) {
+  if (trap_depth<Half> >= trap_depth_limit || state.jump_depth >= jump_buffer_count) {
     ++trap_depth<Half>;  // counted, not armed: a fault here goes to the innermost armed call
     result = run(body);
     --trap_depth<Half>;
     return;
   }
-  const long jump = state.jump_depth++;
-  if (setjmp(state.jump[jump].buffer) == 0) {
-    trap_on<Half>();
-    Result value = run(body);
-    state.jump_depth = jump;
-    trap_off<Half>();
-    result = value;
+  const Standing own = standing<Half>();
+  const Standing other = standing<typename Half::Other>();
+  if (setjmp(state.jump[state.jump_depth++].buffer) == 0) {
+    run_armed<Half>(result, body);
   } else {
-    state.jump_depth = jump;
-    trap_caught<Half>(depth);
-    raise<Half>(5, MATH_MAJOR_VIOLATION);
+    trap_return<Half>(own, other);
   }
 }
 

@@ -56,14 +56,85 @@ struct ErrorState {
 
 // The half's one state, ready for use from the first instruction on.
 template <class Half>
-extern ErrorState error_state;
+struct ErrorStorage {
+  static ErrorState state;
+  static ChecksumProcedure checksum;
+};
+template <class Half>
+inline constexpr ErrorState& error_state = ErrorStorage<Half>::state;
+template <class Half>
+inline constexpr ChecksumProcedure& checksum_hook = ErrorStorage<Half>::checksum;
+
+// The rare parts of push and pop: no frame left; a pop that must drop frames first or names another frame; a message or a stop
+// that is due because the frame below stands for a calling program.
+template <class Half>
+void push_overflow();
+template <class Half>
+void pop_settle(const char* name);
+template <class Half>
+void deliver();
 
 template <class Half>
-void push(const char* name);
+inline void push(const char* name) {
+  ErrorState& state = error_state<Half>;
+  Frame* top = state.top;
+  if (top == state.frame) {  // a new call of the program: what the last one left in frame 0 is over
+    state.message[0] = '\0';
+    top->type = 0;
+    top->number = 0;
+  } else if (top == state.frame + (frame_count - 1)) [[unlikely]] {
+    push_overflow<Half>();
+  }
+  *++top = Frame{0, 0, 0, name};
+  state.top = top;
+  state.type_word[0] = state.type_word[1] = 0;
+  state.number_word[0] = state.number_word[1] = 0;
+}
+
+// Severity climbs into the frame below, so that an inner Note does not hide an outer Warning. Moves to the frame below.
+inline void climb(ErrorState& state) {
+  const Frame* top = state.top--;
+  Frame* below = state.top;
+  if (below->type <= top->type) {
+    below->type = top->type;
+    below->number = top->number;
+  }
+}
+
 template <class Half>
-void pop(const char* name);
+inline void pop(const char* name) {
+  ErrorState& state = error_state<Half>;
+  if (state.signal_jump != 0 || state.top->name != name || state.top == state.frame) [[unlikely]] pop_settle<Half>(name);
+  const Frame* top = state.top;
+  if (top[-1].user && (state.message[0] != '\0' || state.stop_flag[top->type])) [[unlikely]] deliver<Half>();
+  climb(state);
+  state.type_word[1] = top->type;
+  state.number_word[1] = top->number;
+  state.type_word[0] = state.top->type;
+  state.number_word[0] = state.top->number;
+}
+
+// Drops the frames above `frame`, which a jump left behind; their errors climb.
 template <class Half>
-void user_frame(bool on);
+void drop_frames(Frame* frame);
+
+// Marks the current frame as a calling program while a function of the user runs, and ends that.
+template <class Half>
+inline void user_frame(bool on) {
+  error_state<Half>.top->user = on;
+}
+
+// The message of one raise in the making, and the ways a message goes out.
+template <class Half>
+void parse_message(const char* text);
+template <class Half>
+void format_bad_type(long type, const char* text);
+template <class Half>
+void error_print(long type, long number, const char* routine, const char* text);
+template <class Half>
+void traceback();
+template <class Half>
+[[noreturn]] void error_stop();
 
 template <class Half>
 long raise(long type, long number);

@@ -3,6 +3,8 @@
 
 #include <bit>
 
+#include "zent/base.h"
+
 namespace zent {
 
 // The not-a-number of this library is the all-ones pattern: compare it by bits, never convert it between precisions.
@@ -28,10 +30,7 @@ struct Machine<double> {
 };
 
 // The table behind f_machine and d_machine, exported as zent_machine and zents_machine.
-struct MachineTable {
-  float single[8];
-  double real[8];
-};
+using MachineTable = zent_machine_table;
 
 // Result of a function that fails: null, 0, or the not-a-number of its precision.
 template <class T>
@@ -46,5 +45,10 @@ template <>
 constexpr double failure_value<double>() {
   return Machine<double>::not_a_number;
 }
+
+template <class Half>
+long imach(long n);
+template <class Half>
+void umach(long n, FILE** stream);
 
 }  // namespace zent

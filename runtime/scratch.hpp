@@ -22,7 +22,15 @@ void keep(void* result);
 
 // The newest block, and the return to an earlier one: frees what came after, results not kept included.
 template <class Half>
-void* scratch_mark();
+struct ScratchStorage {
+  static void* newest;
+};
+template <class Half>
+inline constexpr void*& scratch_newest = ScratchStorage<Half>::newest;
+template <class Half>
+inline void* scratch_mark() {
+  return scratch_newest<Half>;
+}
 template <class Half>
 void scratch_release(void* mark);
 

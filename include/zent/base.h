@@ -30,6 +30,12 @@ typedef struct {
   void *scratch;   /* newest work memory of the calls in progress */
 } zent_trap_state;
 
+/* Machine constants 1 to 8 of both precisions; see f_machine and d_machine. */
+typedef struct {
+  float single[8];
+  double real[8];
+} zent_machine_table;
+
 /* Severity of an error; see zent_error_options for what each one does. */
 enum {
   ZENT_NOTE = 1,

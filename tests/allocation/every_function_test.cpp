@@ -1,0 +1,127 @@
+// Fails the first, second, ... allocation of every public function that takes memory, each time in a fresh process, because the
+// catalogue and the keys take theirs once. After a failure: the function's failure value, an error or a documented fallback, no
+// block lost, and the next call works.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+#include "tests/support/failing_allocation.hpp"
+#include "zent.h"
+#include "zents.h"
+
+namespace {
+
+void be_quiet() {
+  for (int type = 1; type <= 7; ++type) {
+    zent_error_options(ZENT_SET_PRINT, type, 0, ZENT_SET_STOP, type, 0, 0);
+    zents_error_options(ZENTS_SET_PRINT, type, 0, ZENTS_SET_STOP, type, 0, 0);
+  }
+  std::freopen("/dev/null", "w", stderr);
+}
+
+// Each returns true when the outcome is a right one: `failed` tells whether an allocation was made to fail.
+bool constant(bool failed) {
+  const double x = zent_d_constant("SPEEDLIGHT", "km/s");
+  if (failed && zent_error_code() != 0) return std::isnan(x) && zent_error_code() == MATH_OUT_OF_MEMORY_1;
+  return x == 299792.458;
+}
+bool message(bool failed) {
+  const char* text = zent_find_message(MATH_BAD_CONST_NAME);
+  return (failed && std::strcmp(text, "Error code 12111.") == 0) || std::strlen(text) > 20;
+}
+bool stat_message(bool failed) {
+  const char* text = zents_find_message(STAT_OUT_OF_MEMORY);
+  return (failed && std::strcmp(text, "Error code 200.") == 0) || std::strlen(text) > 20;
+}
+bool error_path(bool failed) {
+  zent_error_options(ZENT_ERROR_MSG_PATH, "/nowhere/", ZENT_ERROR_MSG_NAME, "nothing.bin", 0);
+  return zent_error_code() == 0 || (failed && zent_error_code() == MATH_OUT_OF_MEMORY_1);
+}
+bool streams(bool) {
+  FILE* stream = nullptr;
+  zent_umach(3, &stream);
+  return stream == stderr || stream == nullptr;
+}
+bool keys(bool failed) {
+  long key = 0, status = 0;
+  int value = 0;
+  for (int k = 0; k < 200 && status == 0; ++k) {
+    zent_key_create(&key, nullptr);
+    status = zent_setspecific(key, &value);
+  }
+  return failed ? status == 12 : status == 0 && zent_getspecific(key) == &value;
+}
+bool transposition(bool) {  // falls back to cycles in place
+  double a[] = {1, 2, 3, 4, 5, 6};
+  zent_d_m1ran(2, 3, a, a);
+  const double expected[] = {1, 4, 2, 5, 3, 6};
+  return std::memcmp(a, expected, sizeof a) == 0;
+}
+bool sorting(bool) {
+  double x[600], sorted[600];
+  long permutation[600];
+  for (long k = 0; k < 600; ++k) x[k] = static_cast<double>(k * 7919 % 600), permutation[k] = k;
+  zents_dsvrgp(600, x, sorted, permutation);
+  for (long k = 0; k < 600; ++k) {
+    if (sorted[k] != static_cast<double>(k) || x[permutation[k]] != sorted[k]) return false;
+  }
+  return true;
+}
+bool dates(bool) {
+  long day = 0, month = 0, year = 0;
+  zent_days_to_date(zent_date_to_days(29, 2, 2000), &day, &month, &year);
+  return day == 29 && month == 2 && year == 2000;
+}
+
+struct Function {
+  const char* name;
+  bool (*run)(bool failed);
+  bool once;  // what it takes stays for the life of the process
+};
+
+class EveryAllocation : public ::testing::TestWithParam<Function> {};
+
+// 0: no allocation failed; 1: failed and right; above: what was wrong.
+int outcome(const Function& function, long k) {
+  be_quiet();
+  if (!function.once) function.run(false);  // the once-only memory of the runtime
+  const long before = failing::live_blocks();
+  failing::arm(k);
+  const bool right = function.run(k != 0);
+  const bool struck = failing::struck();
+  failing::arm(0);
+  if (!right) return 2;
+  if (!function.once && failing::live_blocks() != before) return 3;
+  if (!function.once && !function.run(false)) return 4;
+  return struck ? 1 : 0;
+}
+
+TEST_P(EveryAllocation, FailsInTurn) {
+  int status = 1;
+  long k = 1;
+  for (; status == 1 && k < 1000; ++k) {
+    const pid_t child = fork();
+    if (child == 0) _exit(outcome(GetParam(), k));
+    int result = 0;
+    waitpid(child, &result, 0);
+    ASSERT_TRUE(WIFEXITED(result)) << "allocation " << k << " ended the process";
+    status = WEXITSTATUS(result);
+    ASSERT_LE(status, 1) << "allocation " << k;
+  }
+  EXPECT_LT(k, 1000);
+}
+
+const Function functions[] = {
+    {"constant", constant, false},   {"message", message, true}, {"stat_message", stat_message, true},
+    {"error_path", error_path, true}, {"streams", streams, true}, {"keys", keys, true},
+    {"m1ran", transposition, false}, {"svrgp", sorting, false},  {"dates", dates, false},
+};
+
+INSTANTIATE_TEST_SUITE_P(Library, EveryAllocation, ::testing::ValuesIn(functions),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+}  // namespace
