@@ -23,8 +23,8 @@ inline ORV_IDENT user_routine(ORV_VARIABLE* name) {
   return ORV_IdentHash(ORV_VarGetString(name), 0, 1, 2, 0);
 }
 
-// One call of a user routine with up to `most` arguments. No destructor: a host error leaves by a jump, and the temporaries of the
-// abandoned call are the host's to reclaim.
+// One call of a user routine with up to `most` arguments. No destructor: a host error leaves by a jump, and the temporaries of
+// the abandoned call are the host's to reclaim.
 template <int most>
 class UserCall {
  public:
@@ -176,9 +176,10 @@ bool call_vector(ORV_IDENT routine, long n, const Real* x, long m, Real* out) {
   return call.template result<Real>(m, out);
 }
 
-// Runs a library call that may enter user functions. A host error in one of them jumps here: the traps, jump buffers and work memory
-// of the library calls it passed over are put back, the wrapper's label is popped, `cleanup` runs, and the error goes on to the
-// host. The frames stay on the library's error stack. False when there is nowhere to go on to: the wrapper then returns 0 at once.
+// Runs a library call that may enter user functions. A host error in one of them jumps here: the traps, jump buffers and work
+// memory of the library calls it passed over are put back, the wrapper's label is popped, `cleanup` runs, and the error goes on
+// to the host. The frames stay on the library's error stack. False when there is nowhere to go on to: the wrapper then returns 0
+// at once.
 //
 // `body` and `cleanup` capture by reference; what `cleanup` reads of the body's work must be volatile.
 template <class Body, class Cleanup>

@@ -20,7 +20,8 @@ constexpr long stat_rows = 0
     ;
 static_assert(math_rows == cmath_err_table_rows && stat_rows == cstat_err_table_rows);
 
-constexpr const char* err_name[] = {nullptr, "Note", "Alert", "Warning", "Fatal error", "Terminal error", "Warning", "Fatal error"};
+constexpr const char* err_name[] = {nullptr,       "Note",           "Alert",   "Warning",
+                                    "Fatal error", "Terminal error", "Warning", "Fatal error"};
 
 // An error of the error system itself ends the process, so it has to be shown at once.
 constexpr long internal_error = 8;

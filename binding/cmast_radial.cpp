@@ -69,7 +69,8 @@ void put_fit(const typename Form::Fit& fit, const char* fcn_name, ORV_VARIABLE* 
   copy_tag(temp, "CENTERS", fit.centers, fit.dimension * fit.num_centers * size);
   copy_tag(temp, "COEFFICIENTS", fit.coefficients, weights[1] * size);
   copy_tag(temp, "DELTA", &fit.delta, size);
-  if (void* const name = tag(temp, "RADIAL_FCN")) ORV_StrStore(static_cast<ORV_STRING*>(name), fcn_name != nullptr ? fcn_name : "");
+  if (void* const name = tag(temp, "RADIAL_FCN"))
+    ORV_StrStore(static_cast<ORV_STRING*>(name), fcn_name != nullptr ? fcn_name : "");
   ORV_VarCopy(temp, out);
 }
 

@@ -70,9 +70,10 @@ void put_spline(const void* record, bool is_ppoly, ORV_VARIABLE** out) {
   put_integers(spline.order, dims, out[2]);
   put_integers(spline.num_coef, is_ppoly ? spline.target_dim : dims, out[3]);
   put_integers(spline.num_knots, dims, out[4]);
-  put_vectors(spline.knots, dims, [&](long d) { return spline.num_knots[d]; }, out[5]);
-  put_vectors(spline.coef, spline.target_dim,
-              [&](long t) { return coefficients(spline.num_coef, dims, t, is_ppoly); }, out[6]);
+  put_vectors(
+      spline.knots, dims, [&](long d) { return spline.num_knots[d]; }, out[5]);
+  put_vectors(
+      spline.coef, spline.target_dim, [&](long t) { return coefficients(spline.num_coef, dims, t, is_ppoly); }, out[6]);
 }
 
 void put(const void* record, long type, bool is_ppoly, ORV_VARIABLE** out) {
@@ -91,7 +92,7 @@ struct Parts {
   const void *knots, *coef;
 };
 
-constexpr long most_dims = 64;        // far above any use; keeps products of a spoiled structure from running away
+constexpr long most_dims = 64;  // far above any use; keeps products of a spoiled structure from running away
 constexpr long most_elements = 1L << 40;
 
 const void* tag(ORV_VARIABLE* structure, const char* name) {
@@ -129,7 +130,8 @@ void* get_spline(const Parts& parts, bool is_ppoly) {
   const long knots = sum(parts.num_knots, dims);
   const long each = coefficients(parts.num_coef, dims, 0, is_ppoly);
   const long bytes = static_cast<long>(sizeof(Spline<Real>)) + (dims + targets) * static_cast<long>(sizeof(Real*)) +
-                     (2 * dims + counts) * static_cast<long>(sizeof(long)) + (knots + targets * each) * static_cast<long>(sizeof(Real));
+                     (2 * dims + counts) * static_cast<long>(sizeof(long)) +
+                     (knots + targets * each) * static_cast<long>(sizeof(Real));
   auto* const spline = static_cast<Spline<Real>*>(std::malloc(static_cast<std::size_t>(bytes)));
   if (spline == nullptr) return nullptr;
   spline->domain_dim = dims;

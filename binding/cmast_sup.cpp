@@ -11,8 +11,8 @@ constexpr int label_bytes = 16;
 
 // Everything is shown to the user, nothing stops the process: fatal errors are thrown by the host on the way out.
 void bridge_errors() {
-  zent_error_options(ZENT_SET_PRINT, 1, 1, ZENT_SET_PRINT, 2, 1, ZENT_SET_STOP, 4, 0, ZENT_SET_STOP, 5, 0,
-                     ZENT_ERROR_PRINT_PROC, cmath_err_print_proc, 0);
+  zent_error_options(ZENT_SET_PRINT, 1, 1, ZENT_SET_PRINT, 2, 1, ZENT_SET_STOP, 4, 0, ZENT_SET_STOP, 5, 0, ZENT_ERROR_PRINT_PROC,
+                     cmath_err_print_proc, 0);
   zents_error_options(ZENTS_SET_PRINT, 1, 1, ZENTS_SET_PRINT, 2, 1, ZENTS_SET_STOP, 4, 0, ZENTS_SET_STOP, 5, 0,
                       ZENTS_ERROR_PRINT_PROC, cstat_err_print_proc, 0);
 }
@@ -56,7 +56,8 @@ long cmast_opi_clear_errors(long is_math, long* code_out, int* status_out, long 
     case ZENT_NOTE:
     case ZENT_ALERT:
     case ZENT_WARNING:
-    case ZENT_WARNING_IMMEDIATE: break;
+    case ZENT_WARNING_IMMEDIATE:
+      break;
     case ZENT_FATAL:
     case ZENT_TERMINAL:
     case ZENT_FATAL_IMMEDIATE:
@@ -70,7 +71,8 @@ long cmast_opi_clear_errors(long is_math, long* code_out, int* status_out, long 
       }
       result = cmath_continue_on_error + 1;
       break;
-    default: cmast_opi_err_code = 0;
+    default:
+      cmast_opi_err_code = 0;
   }
   if (code_out != nullptr) *code_out = cmast_opi_err_code;
   if (status_out != nullptr) *status_out = result == 2;

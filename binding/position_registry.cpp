@@ -19,8 +19,8 @@ constexpr RegistryEntry entries[] = {
 };
 
 constexpr const char* kind_names[] = {"required", "optional", "output"};
-constexpr const char* type_names[] = {"integer", "integer", "real",   "real or complex", "complex",
-                                      "integer", "string",  "byte",   "structure",       "any"};
+constexpr const char* type_names[] = {"integer", "integer", "real", "real or complex", "complex",
+                                      "integer", "string",  "byte", "structure",       "any"};
 constexpr const char* half_names[] = {"none", "math", "stat", "by its own table"};
 
 // Appends to a buffer that may be too small, and counts on.

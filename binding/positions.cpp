@@ -9,16 +9,26 @@ namespace {
 
 const char* type_name(int type) {
   switch (type) {
-    case ORV_TYP_UNDEF: return "undefined";
-    case ORV_TYP_BYTE: return "byte";
-    case ORV_TYP_FLOAT: return "single precision";
-    case ORV_TYP_DOUBLE: return "double precision";
-    case ORV_TYP_COMPLEX: return "single precision complex";
-    case ORV_TYP_STRING: return "a string";
-    case ORV_TYP_STRUCT: return "a structure";
-    case ORV_TYP_DCOMPLEX: return "double precision complex";
-    case ORV_TYP_INT64: return "a 64-bit integer";
-    default: return "another type";
+    case ORV_TYP_UNDEF:
+      return "undefined";
+    case ORV_TYP_BYTE:
+      return "byte";
+    case ORV_TYP_FLOAT:
+      return "single precision";
+    case ORV_TYP_DOUBLE:
+      return "double precision";
+    case ORV_TYP_COMPLEX:
+      return "single precision complex";
+    case ORV_TYP_STRING:
+      return "a string";
+    case ORV_TYP_STRUCT:
+      return "a structure";
+    case ORV_TYP_DCOMPLEX:
+      return "double precision complex";
+    case ORV_TYP_INT64:
+      return "a 64-bit integer";
+    default:
+      return "another type";
   }
 }
 
@@ -26,14 +36,22 @@ const char* type_name(int type) {
 int expected_type(const Arguments& arguments, Type type) {
   const int precision = arguments.precision;
   switch (type) {
-    case Type::real: return arguments.real_type();
-    case Type::complex: return precision == ORV_TYP_DCOMPLEX ? ORV_TYP_DCOMPLEX : ORV_TYP_COMPLEX;
-    case Type::field: return precision == ORV_TYP_COMPLEX || precision == ORV_TYP_DCOMPLEX ? precision : arguments.real_type();
-    case Type::integer: return ORV_TYP_INT64;
-    case Type::text: return ORV_TYP_STRING;
-    case Type::byte: return ORV_TYP_BYTE;
-    case Type::structure: return ORV_TYP_STRUCT;
-    default: return -1;
+    case Type::real:
+      return arguments.real_type();
+    case Type::complex:
+      return precision == ORV_TYP_DCOMPLEX ? ORV_TYP_DCOMPLEX : ORV_TYP_COMPLEX;
+    case Type::field:
+      return precision == ORV_TYP_COMPLEX || precision == ORV_TYP_DCOMPLEX ? precision : arguments.real_type();
+    case Type::integer:
+      return ORV_TYP_INT64;
+    case Type::text:
+      return ORV_TYP_STRING;
+    case Type::byte:
+      return ORV_TYP_BYTE;
+    case Type::structure:
+      return ORV_TYP_STRUCT;
+    default:
+      return -1;
   }
 }
 

@@ -5,7 +5,7 @@
 
 namespace zent::binding {
 
-#define BUILT(number, label, least, most, half)               \
+#define BUILT(number, label, least, most, half)                 \
   long mathstat_##number(int argc, ORV_VARIABLE** argv, char*); \
   extern const Routine routine_##number;
 #define PENDING(number, label, least, most, half)

@@ -79,15 +79,21 @@ T power(T x, T y) {
 template <class T>
 Value arithmetic_of(Binary op, const Value& a, const Value& b, const Dims& dims) {
   switch (op) {
-    case Binary::add: return combine<T, T>(a, b, dims, [](T x, T y) { return x + y; });
-    case Binary::subtract: return combine<T, T>(a, b, dims, [](T x, T y) { return x - y; });
-    case Binary::multiply: return combine<T, T>(a, b, dims, [](T x, T y) { return x * y; });
-    case Binary::divide: return combine<T, T>(a, b, dims, [](T x, T y) { return x / y; });
-    case Binary::power: return combine<T, T>(a, b, dims, [](T x, T y) { return power(x, y); });
+    case Binary::add:
+      return combine<T, T>(a, b, dims, [](T x, T y) { return x + y; });
+    case Binary::subtract:
+      return combine<T, T>(a, b, dims, [](T x, T y) { return x - y; });
+    case Binary::multiply:
+      return combine<T, T>(a, b, dims, [](T x, T y) { return x * y; });
+    case Binary::divide:
+      return combine<T, T>(a, b, dims, [](T x, T y) { return x / y; });
+    case Binary::power:
+      return combine<T, T>(a, b, dims, [](T x, T y) { return power(x, y); });
     case Binary::modulo:
       if constexpr (!is_complex<T>) return combine<T, T>(a, b, dims, [](T x, T y) { return std::fmod(x, y); });
       [[fallthrough]];
-    default: no_operation(op, a, b);
+    default:
+      no_operation(op, a, b);
   }
 }
 
@@ -108,17 +114,42 @@ Value integer_arithmetic(Binary op, const Value& a, const Value& b, const Dims& 
   Value result;
   const auto run = [&](auto f) { result = combine<long, long>(a, b, dims, f); };
   switch (op) {
-    case Binary::add: run([&](long x, long y) { long z; fits &= !__builtin_add_overflow(x, y, &z); return z; }); break;
-    case Binary::subtract: run([&](long x, long y) { long z; fits &= !__builtin_sub_overflow(x, y, &z); return z; }); break;
-    case Binary::multiply: run([&](long x, long y) { long z; fits &= !__builtin_mul_overflow(x, y, &z); return z; }); break;
-    case Binary::power: run([&](long x, long y) { long z = 0; fits = fits && y >= 0 && integer_power(x, y, z); return z; }); break;
+    case Binary::add:
+      run([&](long x, long y) {
+        long z;
+        fits &= !__builtin_add_overflow(x, y, &z);
+        return z;
+      });
+      break;
+    case Binary::subtract:
+      run([&](long x, long y) {
+        long z;
+        fits &= !__builtin_sub_overflow(x, y, &z);
+        return z;
+      });
+      break;
+    case Binary::multiply:
+      run([&](long x, long y) {
+        long z;
+        fits &= !__builtin_mul_overflow(x, y, &z);
+        return z;
+      });
+      break;
+    case Binary::power:
+      run([&](long x, long y) {
+        long z = 0;
+        fits = fits && y >= 0 && integer_power(x, y, z);
+        return z;
+      });
+      break;
     case Binary::modulo:
       run([](long x, long y) {
         if (y == 0) throw Error("ERROR", "Remainder of a division by 0.");
         return y == -1 ? 0 : x % y;
       });
       break;
-    default: break;
+    default:
+      break;
   }
   if (fits) return result;
   return arithmetic_of<double>(op, a.converted(ORV_TYP_DOUBLE), b.converted(ORV_TYP_DOUBLE), dims);
@@ -128,16 +159,23 @@ template <class T, class A>
 Value ordered(Binary op, const Value& a, const Value& b, const Dims& dims, A) {
   using Byte = unsigned char;
   switch (op) {
-    case Binary::equal: return combine<Byte, T>(a, b, dims, [](const T& x, const T& y) -> Byte { return A()(x) == A()(y); });
-    case Binary::not_equal: return combine<Byte, T>(a, b, dims, [](const T& x, const T& y) -> Byte { return A()(x) != A()(y); });
-    default: break;
+    case Binary::equal:
+      return combine<Byte, T>(a, b, dims, [](const T& x, const T& y) -> Byte { return A()(x) == A()(y); });
+    case Binary::not_equal:
+      return combine<Byte, T>(a, b, dims, [](const T& x, const T& y) -> Byte { return A()(x) != A()(y); });
+    default:
+      break;
   }
   if constexpr (!is_complex<T>) {
     switch (op) {
-      case Binary::less: return combine<Byte, T>(a, b, dims, [](const T& x, const T& y) -> Byte { return A()(x) < A()(y); });
-      case Binary::less_equal: return combine<Byte, T>(a, b, dims, [](const T& x, const T& y) -> Byte { return A()(x) <= A()(y); });
-      case Binary::greater: return combine<Byte, T>(a, b, dims, [](const T& x, const T& y) -> Byte { return A()(x) > A()(y); });
-      default: return combine<Byte, T>(a, b, dims, [](const T& x, const T& y) -> Byte { return A()(x) >= A()(y); });
+      case Binary::less:
+        return combine<Byte, T>(a, b, dims, [](const T& x, const T& y) -> Byte { return A()(x) < A()(y); });
+      case Binary::less_equal:
+        return combine<Byte, T>(a, b, dims, [](const T& x, const T& y) -> Byte { return A()(x) <= A()(y); });
+      case Binary::greater:
+        return combine<Byte, T>(a, b, dims, [](const T& x, const T& y) -> Byte { return A()(x) > A()(y); });
+      default:
+        return combine<Byte, T>(a, b, dims, [](const T& x, const T& y) -> Byte { return A()(x) >= A()(y); });
     }
   }
   no_operation(op, a, b);
@@ -225,11 +263,20 @@ Value matrix_product(const Value& a, const Value& b) {
     const auto run = [&]<class T>(T) { return multiply_into(x.as<T>(), y.as<T>(), static_cast<T*>(c.writable()), m, k, n); };
     bool fits = true;
     switch (type) {
-      case ORV_TYP_INT64: fits = run(0L); break;
-      case ORV_TYP_FLOAT: run(0.0f); break;
-      case ORV_TYP_DOUBLE: run(0.0); break;
-      case ORV_TYP_COMPLEX: run(Single()); break;
-      default: run(Wide());
+      case ORV_TYP_INT64:
+        fits = run(0L);
+        break;
+      case ORV_TYP_FLOAT:
+        run(0.0f);
+        break;
+      case ORV_TYP_DOUBLE:
+        run(0.0);
+        break;
+      case ORV_TYP_COMPLEX:
+        run(Single());
+        break;
+      default:
+        run(Wide());
     }
     if (fits) return c;
     type = ORV_TYP_DOUBLE;
@@ -264,18 +311,23 @@ struct Function {
   Wide (*complex)(const Wide&);
 };
 
-#define ORV_FUNCTION(name, call) \
-  {name, [](float x) { return std::call(x); }, [](double x) { return std::call(x); }, [](const Single& z) { return std::call(z); }, \
-   [](const Wide& z) { return std::call(z); }}
-#define ORV_REAL_FUNCTION(name, call) \
-  {name, [](float x) { return std::call(x); }, [](double x) { return std::call(x); }, nullptr, nullptr}
+#define ORV_FUNCTION(name, call)                                                                 \
+  {                                                                                              \
+    name, [](float x) { return std::call(x); }, [](double x) { return std::call(x); },           \
+        [](const Single& z) { return std::call(z); }, [](const Wide& z) { return std::call(z); } \
+  }
+#define ORV_REAL_FUNCTION(name, call)                                                                   \
+  {                                                                                                     \
+    name, [](float x) { return std::call(x); }, [](double x) { return std::call(x); }, nullptr, nullptr \
+  }
 constexpr Function functions[] = {
-    ORV_FUNCTION("sqrt", sqrt),    ORV_FUNCTION("exp", exp),    ORV_FUNCTION("log", log),   ORV_FUNCTION("log10", log10),
-    ORV_FUNCTION("sin", sin),      ORV_FUNCTION("cos", cos),    ORV_FUNCTION("tan", tan),   ORV_FUNCTION("asin", asin),
-    ORV_FUNCTION("acos", acos),    ORV_FUNCTION("atan", atan),  ORV_FUNCTION("sinh", sinh), ORV_FUNCTION("cosh", cosh),
-    ORV_FUNCTION("tanh", tanh),    ORV_FUNCTION("asinh", asinh), ORV_FUNCTION("acosh", acosh), ORV_FUNCTION("atanh", atanh),
-    ORV_REAL_FUNCTION("log2", log2), ORV_REAL_FUNCTION("log1p", log1p), ORV_REAL_FUNCTION("expm1", expm1),
-    ORV_REAL_FUNCTION("cbrt", cbrt)};
+    ORV_FUNCTION("sqrt", sqrt),        ORV_FUNCTION("exp", exp),        ORV_FUNCTION("log", log),
+    ORV_FUNCTION("log10", log10),      ORV_FUNCTION("sin", sin),        ORV_FUNCTION("cos", cos),
+    ORV_FUNCTION("tan", tan),          ORV_FUNCTION("asin", asin),      ORV_FUNCTION("acos", acos),
+    ORV_FUNCTION("atan", atan),        ORV_FUNCTION("sinh", sinh),      ORV_FUNCTION("cosh", cosh),
+    ORV_FUNCTION("tanh", tanh),        ORV_FUNCTION("asinh", asinh),    ORV_FUNCTION("acosh", acosh),
+    ORV_FUNCTION("atanh", atanh),      ORV_REAL_FUNCTION("log2", log2), ORV_REAL_FUNCTION("log1p", log1p),
+    ORV_REAL_FUNCTION("expm1", expm1), ORV_REAL_FUNCTION("cbrt", cbrt)};
 constexpr Function roundings[] = {ORV_REAL_FUNCTION("floor", floor), ORV_REAL_FUNCTION("ceil", ceil),
                                   ORV_REAL_FUNCTION("round", round), ORV_REAL_FUNCTION("trunc", trunc)};
 #undef ORV_FUNCTION
@@ -287,31 +339,39 @@ constexpr Function roundings[] = {ORV_REAL_FUNCTION("floor", floor), ORV_REAL_FU
 
 Value run_function(const Function& f, const Value& v) {
   switch (v.type()) {
-    case ORV_TYP_FLOAT: return map_to<float, float>(v, f.single);
-    case ORV_TYP_DOUBLE: return map_to<double, double>(v, f.real);
+    case ORV_TYP_FLOAT:
+      return map_to<float, float>(v, f.single);
+    case ORV_TYP_DOUBLE:
+      return map_to<double, double>(v, f.real);
     case ORV_TYP_COMPLEX:
       if (f.single_complex) return map_to<Single, Single>(v, f.single_complex);
       break;
     case ORV_TYP_DCOMPLEX:
       if (f.complex) return map_to<Wide, Wide>(v, f.complex);
       break;
-    default: return map_to<double, double>(v.converted(ORV_TYP_DOUBLE), f.real);
+    default:
+      return map_to<double, double>(v.converted(ORV_TYP_DOUBLE), f.real);
   }
   no_function(f.name, v);
 }
 
 Value magnitude(const Value& v) {
   switch (v.type()) {
-    case ORV_TYP_BYTE: return v.converted(ORV_TYP_INT64);
+    case ORV_TYP_BYTE:
+      return v.converted(ORV_TYP_INT64);
     case ORV_TYP_INT64:
       for (long k = 0; k < v.count(); ++k) {
         if (v.as<long>()[k] == std::numeric_limits<long>::min()) return magnitude(v.converted(ORV_TYP_DOUBLE));
       }
       return map_to<long, long>(v, [](long x) { return x < 0 ? -x : x; });
-    case ORV_TYP_FLOAT: return map_to<float, float>(v, [](float x) { return std::fabs(x); });
-    case ORV_TYP_COMPLEX: return map_to<float, Single>(v, [](const Single& z) { return std::abs(z); });
-    case ORV_TYP_DCOMPLEX: return map_to<double, Wide>(v, [](const Wide& z) { return std::abs(z); });
-    default: return map_to<double, double>(v, [](double x) { return std::fabs(x); });
+    case ORV_TYP_FLOAT:
+      return map_to<float, float>(v, [](float x) { return std::fabs(x); });
+    case ORV_TYP_COMPLEX:
+      return map_to<float, Single>(v, [](const Single& z) { return std::abs(z); });
+    case ORV_TYP_DCOMPLEX:
+      return map_to<double, Wide>(v, [](const Wide& z) { return std::abs(z); });
+    default:
+      return map_to<double, double>(v, [](double x) { return std::fabs(x); });
   }
 }
 
@@ -344,14 +404,22 @@ Value apply(Binary op, const Value& a, const Value& b) {
   if (real_scalar(a) && real_scalar(b)) {
     const double x = a.raw().value.d, y = b.raw().value.d;
     switch (op) {
-      case Binary::add: return Value::real(x + y);
-      case Binary::subtract: return Value::real(x - y);
-      case Binary::multiply: return Value::real(x * y);
-      case Binary::divide: return Value::real(x / y);
-      case Binary::power: return Value::real(power(x, y));
-      case Binary::less: return Value::boolean(x < y);
-      case Binary::greater: return Value::boolean(x > y);
-      default: break;
+      case Binary::add:
+        return Value::real(x + y);
+      case Binary::subtract:
+        return Value::real(x - y);
+      case Binary::multiply:
+        return Value::real(x * y);
+      case Binary::divide:
+        return Value::real(x / y);
+      case Binary::power:
+        return Value::real(power(x, y));
+      case Binary::less:
+        return Value::boolean(x < y);
+      case Binary::greater:
+        return Value::boolean(x > y);
+      default:
+        break;
     }
   }
   if (op == Binary::power && !a.is_array() && a.type() == ORV_TYP_DOUBLE && b.type() == ORV_TYP_INT64 && !b.is_array()) {
@@ -368,25 +436,37 @@ Value apply(Binary op, const Value& a, const Value& b) {
   const Value x = a.converted(type), y = b.converted(type);
   const bool compare = is_comparison(op);
   switch (type) {
-    case ORV_TYP_INT64: return compare ? ordered<long>(op, x, y, dims, Same()) : integer_arithmetic(op, x, y, dims);
-    case ORV_TYP_FLOAT: return compare ? ordered<float>(op, x, y, dims, Same()) : arithmetic_of<float>(op, x, y, dims);
-    case ORV_TYP_DOUBLE: return compare ? ordered<double>(op, x, y, dims, Same()) : arithmetic_of<double>(op, x, y, dims);
-    case ORV_TYP_COMPLEX: return compare ? ordered<Single>(op, x, y, dims, Same()) : arithmetic_of<Single>(op, x, y, dims);
-    default: return compare ? ordered<Wide>(op, x, y, dims, Same()) : arithmetic_of<Wide>(op, x, y, dims);
+    case ORV_TYP_INT64:
+      return compare ? ordered<long>(op, x, y, dims, Same()) : integer_arithmetic(op, x, y, dims);
+    case ORV_TYP_FLOAT:
+      return compare ? ordered<float>(op, x, y, dims, Same()) : arithmetic_of<float>(op, x, y, dims);
+    case ORV_TYP_DOUBLE:
+      return compare ? ordered<double>(op, x, y, dims, Same()) : arithmetic_of<double>(op, x, y, dims);
+    case ORV_TYP_COMPLEX:
+      return compare ? ordered<Single>(op, x, y, dims, Same()) : arithmetic_of<Single>(op, x, y, dims);
+    default:
+      return compare ? ordered<Wide>(op, x, y, dims, Same()) : arithmetic_of<Wide>(op, x, y, dims);
   }
 }
 
 Value apply(Unary op, const Value& v) {
   if (op == Unary::logical_not) return apply(Binary::equal, truth(v), Value::boolean(false));
   switch (v.type()) {
-    case ORV_TYP_FLOAT: return map_to<float, float>(v, [](float x) { return -x; });
-    case ORV_TYP_DOUBLE: return map_to<double, double>(v, [](double x) { return -x; });
-    case ORV_TYP_COMPLEX: return map_to<Single, Single>(v, [](const Single& z) { return -z; });
-    case ORV_TYP_DCOMPLEX: return map_to<Wide, Wide>(v, [](const Wide& z) { return -z; });
+    case ORV_TYP_FLOAT:
+      return map_to<float, float>(v, [](float x) { return -x; });
+    case ORV_TYP_DOUBLE:
+      return map_to<double, double>(v, [](double x) { return -x; });
+    case ORV_TYP_COMPLEX:
+      return map_to<Single, Single>(v, [](const Single& z) { return -z; });
+    case ORV_TYP_DCOMPLEX:
+      return map_to<Wide, Wide>(v, [](const Wide& z) { return -z; });
     case ORV_TYP_BYTE:
-    case ORV_TYP_INT64: return apply(Binary::subtract, Value::integer(0), v);
-    case ORV_TYP_UNDEF: detail::throw_undefined(&v.raw());
-    default: throw Error("ERROR", "There is no negative of " + describe(v) + ".");
+    case ORV_TYP_INT64:
+      return apply(Binary::subtract, Value::integer(0), v);
+    case ORV_TYP_UNDEF:
+      detail::throw_undefined(&v.raw());
+    default:
+      throw Error("ERROR", "There is no negative of " + describe(v) + ".");
   }
 }
 

@@ -45,14 +45,22 @@ long integer_of(double x, int to, bool strict) {
 // One element as a wide number; integers beyond 2^53 take their own way below.
 Wide wide(int type, const void* data, long k, int to) {
   switch (type) {
-    case ORV_TYP_BYTE: return static_cast<double>(static_cast<const unsigned char*>(data)[k]);
-    case ORV_TYP_INT64: return static_cast<double>(static_cast<const long*>(data)[k]);
-    case ORV_TYP_FLOAT: return static_cast<double>(static_cast<const float*>(data)[k]);
-    case ORV_TYP_DOUBLE: return static_cast<const double*>(data)[k];
-    case ORV_TYP_COMPLEX: return Wide(static_cast<const std::complex<float>*>(data)[k]);
-    case ORV_TYP_DCOMPLEX: return static_cast<const Wide*>(data)[k];
-    case ORV_TYP_STRING: return parse_real(static_cast<const ORV_STRING*>(data)[k], to);
-    default: fail(type_name(type), to, "there is no such conversion");
+    case ORV_TYP_BYTE:
+      return static_cast<double>(static_cast<const unsigned char*>(data)[k]);
+    case ORV_TYP_INT64:
+      return static_cast<double>(static_cast<const long*>(data)[k]);
+    case ORV_TYP_FLOAT:
+      return static_cast<double>(static_cast<const float*>(data)[k]);
+    case ORV_TYP_DOUBLE:
+      return static_cast<const double*>(data)[k];
+    case ORV_TYP_COMPLEX:
+      return Wide(static_cast<const std::complex<float>*>(data)[k]);
+    case ORV_TYP_DCOMPLEX:
+      return static_cast<const Wide*>(data)[k];
+    case ORV_TYP_STRING:
+      return parse_real(static_cast<const ORV_STRING*>(data)[k], to);
+    default:
+      fail(type_name(type), to, "there is no such conversion");
   }
 }
 
@@ -73,10 +81,14 @@ long whole(int type, const void* data, long k, int to, bool strict) {
 
 std::string text_form(int type, const void* data, long k) {
   switch (type) {
-    case ORV_TYP_BYTE: return std::to_string(static_cast<const unsigned char*>(data)[k]);
-    case ORV_TYP_INT64: return std::to_string(static_cast<const long*>(data)[k]);
-    case ORV_TYP_FLOAT: return detail::format_real(static_cast<const float*>(data)[k]);
-    case ORV_TYP_DOUBLE: return detail::format_real(static_cast<const double*>(data)[k]);
+    case ORV_TYP_BYTE:
+      return std::to_string(static_cast<const unsigned char*>(data)[k]);
+    case ORV_TYP_INT64:
+      return std::to_string(static_cast<const long*>(data)[k]);
+    case ORV_TYP_FLOAT:
+      return detail::format_real(static_cast<const float*>(data)[k]);
+    case ORV_TYP_DOUBLE:
+      return detail::format_real(static_cast<const double*>(data)[k]);
     case ORV_TYP_COMPLEX: {
       const ORV_COMPLEX z = static_cast<const ORV_COMPLEX*>(data)[k];
       return "(" + detail::format_real(z.re) + "," + detail::format_real(z.im) + ")";
@@ -85,7 +97,8 @@ std::string text_form(int type, const void* data, long k) {
       const ORV_DCOMPLEX z = static_cast<const ORV_DCOMPLEX*>(data)[k];
       return "(" + detail::format_real(z.re) + "," + detail::format_real(z.im) + ")";
     }
-    default: fail(type_name(type), ORV_TYP_STRING, "there is no such conversion");
+    default:
+      fail(type_name(type), ORV_TYP_STRING, "there is no such conversion");
   }
 }
 
@@ -97,15 +110,26 @@ void convert_one(int from, const void* source, int to, void* target, long k, boo
       static_cast<unsigned char*>(target)[k] = static_cast<unsigned char>(value);
       break;
     }
-    case ORV_TYP_INT64: static_cast<long*>(target)[k] = whole(from, source, k, to, strict); break;
+    case ORV_TYP_INT64:
+      static_cast<long*>(target)[k] = whole(from, source, k, to, strict);
+      break;
     case ORV_TYP_FLOAT:
       static_cast<float*>(target)[k] = static_cast<float>(real_part(wide(from, source, k, to), to, strict));
       break;
-    case ORV_TYP_DOUBLE: static_cast<double*>(target)[k] = real_part(wide(from, source, k, to), to, strict); break;
-    case ORV_TYP_COMPLEX: static_cast<std::complex<float>*>(target)[k] = std::complex<float>(wide(from, source, k, to)); break;
-    case ORV_TYP_DCOMPLEX: static_cast<Wide*>(target)[k] = wide(from, source, k, to); break;
-    case ORV_TYP_STRING: detail::store_text(static_cast<ORV_STRING*>(target)[k], text_form(from, source, k)); break;
-    default: fail(type_name(from), to, "there is no such conversion");
+    case ORV_TYP_DOUBLE:
+      static_cast<double*>(target)[k] = real_part(wide(from, source, k, to), to, strict);
+      break;
+    case ORV_TYP_COMPLEX:
+      static_cast<std::complex<float>*>(target)[k] = std::complex<float>(wide(from, source, k, to));
+      break;
+    case ORV_TYP_DCOMPLEX:
+      static_cast<Wide*>(target)[k] = wide(from, source, k, to);
+      break;
+    case ORV_TYP_STRING:
+      detail::store_text(static_cast<ORV_STRING*>(target)[k], text_form(from, source, k));
+      break;
+    default:
+      fail(type_name(from), to, "there is no such conversion");
   }
 }
 

@@ -160,16 +160,26 @@ std::string structure_text(const Value& v, const std::string& indent) {
 
 std::string type_name(int type) {
   switch (type) {
-    case ORV_TYP_UNDEF: return "undefined";
-    case ORV_TYP_BYTE: return "byte";
-    case ORV_TYP_FLOAT: return "float";
-    case ORV_TYP_DOUBLE: return "double";
-    case ORV_TYP_COMPLEX: return "complex";
-    case ORV_TYP_STRING: return "string";
-    case ORV_TYP_STRUCT: return "structure";
-    case ORV_TYP_DCOMPLEX: return "dcomplex";
-    case ORV_TYP_INT64: return "integer";
-    default: return "type " + std::to_string(type);
+    case ORV_TYP_UNDEF:
+      return "undefined";
+    case ORV_TYP_BYTE:
+      return "byte";
+    case ORV_TYP_FLOAT:
+      return "float";
+    case ORV_TYP_DOUBLE:
+      return "double";
+    case ORV_TYP_COMPLEX:
+      return "complex";
+    case ORV_TYP_STRING:
+      return "string";
+    case ORV_TYP_STRUCT:
+      return "structure";
+    case ORV_TYP_DCOMPLEX:
+      return "dcomplex";
+    case ORV_TYP_INT64:
+      return "integer";
+    default:
+      return "type " + std::to_string(type);
   }
 }
 

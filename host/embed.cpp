@@ -1,11 +1,10 @@
 // The host for programs in C.
-#include "host/orv_embed.h"
-
 #include <cstdio>
 #include <map>
 
 #include "host/internal.hpp"
 #include "host/module.hpp"
+#include "host/orv_embed.h"
 
 using orv::Dims;
 using orv::Error;
@@ -85,7 +84,8 @@ bool orv::detail::call_native(ORV_IDENT name, std::span<ORV_VARIABLE*> arguments
   if (found == natives().end()) return false;
   char text[1024] = "";
   ORV_VARIABLE local{};
-  const int status = found->second.routine(found->second.context, static_cast<int>(arguments.size()), arguments.data(), &local, text, sizeof text);
+  const int status = found->second.routine(found->second.context, static_cast<int>(arguments.size()), arguments.data(), &local,
+                                           text, sizeof text);
   Value taken = Value::sharing(local);
   clear(local);
   if (status != 0) throw Error("ERROR", *text ? text : std::string(name) + " failed.");

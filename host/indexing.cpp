@@ -10,24 +10,29 @@ struct Picked {
   const Subscript* subscript;
   long at(long k) const {
     switch (subscript->kind) {
-      case Subscript::all: return k;
-      case Subscript::single: return subscript->first;
-      case Subscript::range: return subscript->first + k * subscript->step;
-      default: return subscript->indices[static_cast<size_t>(k)];
+      case Subscript::all:
+        return k;
+      case Subscript::single:
+        return subscript->first;
+      case Subscript::range:
+        return subscript->first + k * subscript->step;
+      default:
+        return subscript->indices[static_cast<size_t>(k)];
     }
   }
 };
 
 void check_bounds(long index, long extent, const Value& array) {
   if (index >= 0 && index < extent) return;
-  throw Error("ERROR", "Subscript " + std::to_string(index) + " is out of range: it must be from 0 to " + std::to_string(extent - 1) + " in " +
-                           describe(array) + ".");
+  throw Error("ERROR", "Subscript " + std::to_string(index) + " is out of range: it must be from 0 to " +
+                           std::to_string(extent - 1) + " in " + describe(array) + ".");
 }
 
 Picked pick(const Subscript& s, long extent, const Value& array) {
   Picked picked{extent, &s};
   switch (s.kind) {
-    case Subscript::all: break;
+    case Subscript::all:
+      break;
     case Subscript::single:
       picked.count = 1;
       check_bounds(s.first, extent, array);

@@ -61,8 +61,8 @@ long element_size(int type, ORV_SDEF definition);
 Block* new_block(int type, const Dims& dims, ORV_SDEF definition, bool scalar = false);  // zeroed
 Block* clone(const Block& source);
 void drop(Block* block) noexcept;
-void detach(Block& block);                // borrowed data become the block's own copy
-void forget(Block& block) noexcept;       // the same when the borrowed data may be gone already: zeros
+void detach(Block& block);                 // borrowed data become the block's own copy
+void forget(Block& block) noexcept;        // the same when the borrowed data may be gone already: zeros
 void make_unique(ORV_VARIABLE& variable);  // its data are shared with nobody afterwards
 void set_block(ORV_VARIABLE& variable, Block* block, bool scalar) noexcept;
 
@@ -76,8 +76,8 @@ inline std::string_view text_of(const ORV_STRING& s) {
   return s.len > 0 ? std::string_view(s.text, static_cast<size_t>(s.len)) : std::string_view();
 }
 
-void clear(ORV_VARIABLE& variable) noexcept;  // undefined afterwards; stays a temporary if it was one
-void share(const ORV_VARIABLE& source, ORV_VARIABLE& target);            // the target held nothing
+void clear(ORV_VARIABLE& variable) noexcept;                              // undefined afterwards; stays a temporary if it was one
+void share(const ORV_VARIABLE& source, ORV_VARIABLE& target);             // the target held nothing
 void move_contents(ORV_VARIABLE& source, ORV_VARIABLE& target) noexcept;  // likewise
 
 ORV_VARIABLE* new_temporary();

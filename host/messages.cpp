@@ -25,7 +25,7 @@ void* information_context = nullptr;
 struct Pending {
   std::string name = "ERROR", text, file;
   int line = 0, column = 0;
-  const char* fixed = nullptr;  // instead of the text when that could not be kept
+  const char* fixed = nullptr;  // stands in when its words could not be kept
 } pending;
 
 struct Call {
@@ -191,7 +191,8 @@ ORV_SERVED void ORV_MessageFromBlock(ORV_MSG_BLOCK block, int code, int action, 
   va_list values;
   va_start(values, action);
   bool jump = false;
-  const bool formatted = orv::detail::attempt([&] { jump = orv::deliver(orv::format_message(block, code, values), action, nullptr); });
+  const bool formatted =
+      orv::detail::attempt([&] { jump = orv::deliver(orv::format_message(block, code, values), action, nullptr); });
   va_end(values);
   if (jump || !formatted) raise_pending();
 }
@@ -200,7 +201,8 @@ ORV_SERVED void ORV_MessageSyscode2FromBlock(ORV_MSG_BLOCK block, int code, int,
   va_list values;
   va_start(values, state);
   bool jump = false;
-  const bool formatted = orv::detail::attempt([&] { jump = orv::deliver(orv::format_message(block, code, values), action, state); });
+  const bool formatted =
+      orv::detail::attempt([&] { jump = orv::deliver(orv::format_message(block, code, values), action, state); });
   va_end(values);
   if (jump || !formatted) raise_pending();
 }

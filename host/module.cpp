@@ -134,9 +134,9 @@ void call_user_routine(ORV_CALLREC* rec) {
 }
 
 // Programs link the host as an archive and a module calls these only later: without this no linker would take the units along.
-__attribute__((used)) const void* const served[] = {
-    reinterpret_cast<const void*>(&ORV_VarGetData),         reinterpret_cast<const void*>(&ORV_MakeStruct),
-    reinterpret_cast<const void*>(&ORV_MessageDefineBlock), reinterpret_cast<const void*>(&ORV_Gettmp)};
+__attribute__((used))
+const void* const served[] = {reinterpret_cast<const void*>(&ORV_VarGetData), reinterpret_cast<const void*>(&ORV_MakeStruct),
+                              reinterpret_cast<const void*>(&ORV_MessageDefineBlock), reinterpret_cast<const void*>(&ORV_Gettmp)};
 
 }  // namespace
 

@@ -35,8 +35,8 @@ void set_information_sink(InformationSink sink, void* context);
 // Data that belong to a library are borrowed: a value that still holds them when the call of the user routine ends gets a copy.
 Value view(ORV_VARIABLE* variable);
 
-// Stores a value in a variable of a module: how a user procedure delivers an output argument. A variable over a library's own memory
-// takes the elements into that memory and must have as many; any other is replaced.
+// Stores a value in a variable of a module: how a user procedure delivers an output argument. A variable over a library's own
+// memory takes the elements into that memory and must have as many; any other is replaced.
 void assign(ORV_VARIABLE* variable, Value value);
 
 // Temporaries that are alive now: for tests of leaks.

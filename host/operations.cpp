@@ -1,5 +1,5 @@
-// The operations on variables that a module calls. Each works in a function that may throw and jumps, if at all, from a frame that
-// holds nothing with a destructor.
+// The operations on variables that a module calls. Each works in a function that may throw and jumps, if at all, from a frame
+// that holds nothing with a destructor.
 #include <algorithm>
 #include <cstdlib>
 #include <unordered_set>
@@ -51,7 +51,8 @@ void copy_variable(ORV_VARIABLE* source, ORV_VARIABLE* target) {
 
 ORV_VARIABLE* import_array(int n_dims, const long* dims, int type, void* data, void (*release)(void*), ORV_SDEF def) {
   const long size = detail::element_size(type, def);
-  if (n_dims < 1 || !dims || size <= 0) throw Error("ERROR", "Cannot import memory as an array of type " + orv::type_name(type) + ".");
+  if (n_dims < 1 || !dims || size <= 0)
+    throw Error("ERROR", "Cannot import memory as an array of type " + orv::type_name(type) + ".");
   auto block = std::make_unique<detail::Block>();
   block->dims.assign(dims, dims + n_dims);
   block->type = type;
@@ -147,7 +148,8 @@ ORV_SERVED void* ORV_GetScratch(ORV_VARIABLE** v, long n, long element_size) {
   return data;
 }
 
-ORV_SERVED ORV_VARIABLE* ORV_ImportArray(int n_dims, const long* dims, int type, void* data, void (*release)(void*), ORV_SDEF def) {
+ORV_SERVED ORV_VARIABLE* ORV_ImportArray(int n_dims, const long* dims, int type, void* data, void (*release)(void*),
+                                         ORV_SDEF def) {
   ORV_VARIABLE* v = nullptr;
   detail::serve([&] { v = import_array(n_dims, dims, type, data, release, def); });
   return v;
@@ -204,14 +206,19 @@ ORV_SERVED long ORV_MEMINTScalar(ORV_VARIABLE* v) {
 
 ORV_SERVED long ORV_TypeSizeFunc(int type) {
   switch (type) {
-    case ORV_TYP_BYTE: return 1;
-    case ORV_TYP_FLOAT: return 4;
+    case ORV_TYP_BYTE:
+      return 1;
+    case ORV_TYP_FLOAT:
+      return 4;
     case ORV_TYP_DOUBLE:
     case ORV_TYP_COMPLEX:
-    case ORV_TYP_INT64: return 8;
+    case ORV_TYP_INT64:
+      return 8;
     case ORV_TYP_STRING:
-    case ORV_TYP_DCOMPLEX: return 16;
-    default: return 0;
+    case ORV_TYP_DCOMPLEX:
+      return 16;
+    default:
+      return 0;
   }
 }
 

@@ -23,11 +23,15 @@ Registry& registry() {
 
 long alignment_of(int type, ORV_SDEF definition) {
   switch (type) {
-    case ORV_TYP_BYTE: return 1;
+    case ORV_TYP_BYTE:
+      return 1;
     case ORV_TYP_FLOAT:
-    case ORV_TYP_COMPLEX: return 4;
-    case ORV_TYP_STRUCT: return definition->alignment;
-    default: return 8;
+    case ORV_TYP_COMPLEX:
+      return 4;
+    case ORV_TYP_STRUCT:
+      return definition->alignment;
+    default:
+      return 8;
   }
 }
 
@@ -71,7 +75,8 @@ ORV_SDEF enter(std::unique_ptr<ORV_SDEF_> definition) {
   auto& names = name.empty() ? r.unnamed : r.named;
   const auto found = names.find(name.empty() ? layout : name);
   if (found != names.end()) {
-    if (layout_of(*found->second) != layout) throw Error("ERROR", "The structure " + name + " is already defined with other tags.");
+    if (layout_of(*found->second) != layout)
+      throw Error("ERROR", "The structure " + name + " is already defined with other tags.");
     return found->second;
   }
   r.all.push_back(std::move(definition));
@@ -104,7 +109,8 @@ detail::Block& structure_block(const ORV_VARIABLE& v) {
 
 void check_element(const detail::Block& block, long k) {
   if (k < 0 || k >= block.count) {
-    throw Error("ERROR", "Subscript " + std::to_string(k) + " is out of range for a structure of " + std::to_string(block.count) + " elements.");
+    throw Error("ERROR", "Subscript " + std::to_string(k) + " is out of range for a structure of " + std::to_string(block.count) +
+                             " elements.");
   }
 }
 
@@ -159,13 +165,14 @@ void Value::set_tag(std::string_view name, const Value& value, long k) {
   const Value source = detail::convert(value, tag.type, true);
   const bool spread = !source.is_array() && source.count() == 1;
   if ((!spread && source.count() != tag.count) || (tag.type == ORV_TYP_STRUCT && source.definition() != tag.definition)) {
-    throw Error("ERROR", std::string("The tag ") + tag.name + " holds " + type_name(tag.type) + (tag.scalar ? "" : detail::shape_text(tag.dims)) +
-                             ", found " + describe(value) + ".");
+    throw Error("ERROR", std::string("The tag ") + tag.name + " holds " + type_name(tag.type) +
+                             (tag.scalar ? "" : detail::shape_text(tag.dims)) + ", found " + describe(value) + ".");
   }
   char* target = static_cast<char*>(writable()) + k * structure_block(v_).element_size + tag.offset;
   const long size = detail::element_size(tag.type, tag.definition);
   detail::destroy_elements(tag.type, tag.definition, target, tag.count);
-  for (long i = 0; spread && i < tag.count; ++i) detail::copy_elements(tag.type, tag.definition, target + i * size, source.data(), 1);
+  for (long i = 0; spread && i < tag.count; ++i)
+    detail::copy_elements(tag.type, tag.definition, target + i * size, source.data(), 1);
   if (!spread) detail::copy_elements(tag.type, tag.definition, target, source.data(), tag.count);
 }
 

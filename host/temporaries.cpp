@@ -1,4 +1,5 @@
-// Temporaries: variables that live from the operation that makes them to ORV_Deltmp, or to the end of the call that abandoned them.
+// Temporaries: variables that live from the operation that makes them to ORV_Deltmp, or to the end of the call that abandoned
+// them.
 #include <cstdint>
 #include <cstdlib>
 #include <unordered_set>

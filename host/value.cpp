@@ -234,7 +234,8 @@ Value Value::text(std::string_view text) {
 }
 Value Value::zero(int type) {
   if (type == ORV_TYP_STRING) return text("");
-  if (ORV_TypeSizeFunc(type) == 0 && type != ORV_TYP_UNDEF) throw Error("ERROR", "There are no scalars of type " + type_name(type) + ".");
+  if (ORV_TypeSizeFunc(type) == 0 && type != ORV_TYP_UNDEF)
+    throw Error("ERROR", "There are no scalars of type " + type_name(type) + ".");
   Value value;
   value.v_.type = static_cast<unsigned char>(type);
   return value;
@@ -310,7 +311,8 @@ void Value::set_element(long k, const Value& scalar) {
   if (k < 0 || k >= count()) {
     throw Error("ERROR", "Subscript " + std::to_string(k) + " is out of range for " + describe(*this) + ".");
   }
-  if (scalar.count() != 1) throw Error("ERROR", "Expected a scalar for an element of " + describe(*this) + ", found " + describe(scalar) + ".");
+  if (scalar.count() != 1)
+    throw Error("ERROR", "Expected a scalar for an element of " + describe(*this) + ", found " + describe(scalar) + ".");
   const Value converted = detail::convert(scalar, type(), true);
   if (type() == ORV_TYP_STRUCT && converted.definition() != definition()) {
     throw Error("ERROR", "The structures are of different definitions.");
@@ -326,7 +328,8 @@ Value Value::reshaped(const Dims& dims) const {
   if (!defined()) detail::throw_undefined(nullptr);
   const long size = detail::element_size(type(), type() == ORV_TYP_STRUCT ? definition() : nullptr);
   if (detail::checked_count(dims, size) != count()) {
-    throw Error("ERROR", "Cannot give " + describe(*this) + " the shape " + detail::shape_text(dims) + ": the number of elements differs.");
+    throw Error("ERROR", "Cannot give " + describe(*this) + " the shape " + detail::shape_text(dims) +
+                             ": the number of elements differs.");
   }
   if (dims.empty()) return element(0);
   Value result;

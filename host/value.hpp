@@ -47,35 +47,37 @@ class Value {
   int type() const;  // ORV_TYP_*
   bool defined() const;
   bool is_array() const;
-  bool is_text() const;                // a string, scalar or array
-  const Dims& dims() const;            // empty for a scalar
-  long count() const;                  // 1 for a scalar, 0 when undefined
-  const void* data() const;            // first element; strings are ORV_STRING elements
-  void* writable();                    // the same after making the data this value's own
+  bool is_text() const;      // a string, scalar or array
+  const Dims& dims() const;  // empty for a scalar
+  long count() const;        // 1 for a scalar, 0 when undefined
+  const void* data() const;  // first element; strings are ORV_STRING elements
+  void* writable();          // the same after making the data this value's own
   template <class T>
   const T* as() const {
     return static_cast<const T*>(data());
   }
 
   // Conversions. They throw Error with what was expected and what was found.
-  Value converted(int type) const;     // same dims
-  double to_real() const;              // a scalar, or an array of one element
-  long to_integer() const;             // must be whole: 2.5 throws
-  bool to_bool() const;                // scalar, not zero; a string is true when not empty
-  std::string to_text() const;         // a string scalar
+  Value converted(int type) const;  // same dims
+  double to_real() const;           // a scalar, or an array of one element
+  long to_integer() const;          // must be whole: 2.5 throws
+  bool to_bool() const;             // scalar, not zero; a string is true when not empty
+  std::string to_text() const;      // a string scalar
   std::vector<std::string> to_texts() const;
 
-  Value element(long k) const;         // flat index from 0, a scalar
+  Value element(long k) const;                    // flat index from 0, a scalar
   void set_element(long k, const Value& scalar);  // converts to this type
   Value reshaped(const Dims& dims) const;
 
-  // Structures: tag names are upper case. tag() copies the tag's data out (scalar or array, of element k for a vector of structures).
+  // Structures: tag names are upper case. tag() copies the tag's data out (scalar or array, of element k for a vector of
+  // structures).
   ORV_SDEF definition() const;
   std::vector<std::string> tags() const;
   Value tag(std::string_view name, long k = 0) const;
   void set_tag(std::string_view name, const Value& value, long k = 0);
 
-  // The variable itself, as a module is handed it; the module may change it in place. Its array data are made this value's own first.
+  // The variable itself, as a module is handed it; the module may change it in place. Its array data are made this value's own
+  // first.
   ORV_VARIABLE* variable();
   // Takes over a temporary that a module or a user function returned (consumed), or copies one that is not a temporary.
   static Value adopt(ORV_VARIABLE*);
@@ -94,18 +96,34 @@ class Value {
 // Defines an unnamed structure at run time from tags and example values (type and dims are taken from them).
 ORV_SDEF define_structure(const std::vector<std::pair<std::string, Value>>& tags);
 
-std::string type_name(int type);     // "double", "integer", ...
-std::string describe(const Value&);  // "double[3,4]", "string", "undefined": for error messages
+std::string type_name(int type);       // "double", "integer", ...
+std::string describe(const Value&);    // "double[3,4]", "string", "undefined": for error messages
 std::string to_display(const Value&);  // what print shows
 
 // ---- Arithmetic with broadcasting of scalars; types rise byte < integer < float < double, and to complex as needed ----
 
-enum class Binary { add, subtract, multiply, divide, modulo, power, equal, not_equal, less, less_equal, greater, greater_equal, logical_and, logical_or, matrix_multiply };
+enum class Binary {
+  add,
+  subtract,
+  multiply,
+  divide,
+  modulo,
+  power,
+  equal,
+  not_equal,
+  less,
+  less_equal,
+  greater,
+  greater_equal,
+  logical_and,
+  logical_or,
+  matrix_multiply
+};
 enum class Unary { negate, logical_not };
-// Bytes count as integers. The quotient of two integers is always a double. Sums, differences, products, remainders and powers with
-// exponents from 0 of integers stay integers, unless one of the results is too large: then all of them are doubles. A remainder has
-// the sign of the dividend; a remainder of integers by 0 throws. Strings: + joins, comparisons are by bytes. Comparisons and logical
-// operations give bytes.
+// Bytes count as integers. The quotient of two integers is always a double. Sums, differences, products, remainders and powers
+// with exponents from 0 of integers stay integers, unless one of the results is too large: then all of them are doubles. A
+// remainder has the sign of the dividend; a remainder of integers by 0 throws. Strings: + joins, comparisons are by bytes.
+// Comparisons and logical operations give bytes.
 Value apply(Binary, const Value&, const Value&);
 Value apply(Unary, const Value&);
 
@@ -118,8 +136,8 @@ struct Subscript {
 Value index(const Value& array, const std::vector<Subscript>& subscripts);
 void assign_index(Value& array, const std::vector<Subscript>& subscripts, const Value& value);
 
-// Elementwise function of the language: abs, sqrt, exp, log, log10, sin, cos, tan, asin, acos, atan, sinh, cosh, tanh, floor, ceil, round, real, imag, conj, ...
-// Returns false when there is none of that name.
+// Elementwise function of the language: abs, sqrt, exp, log, log10, sin, cos, tan, asin, acos, atan, sinh, cosh, tanh, floor,
+// ceil, round, real, imag, conj, ... Returns false when there is none of that name.
 bool elementwise(std::string_view name, const Value& argument, Value& result);
 
 }  // namespace orv

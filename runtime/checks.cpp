@@ -59,11 +59,11 @@ void c1ge0(const char* name, long* counter, double x) {
   if (!(x >= 0)) raise<Half>(5, MATH_NEED_RARG_GE_ZERO, {.r = {x}, .l = {name}});
 }
 
-#define ZENT_INSTANTIATE(Half)                                                             \
-  template void c1iarg<Half>(long, const char*, long, long, long*);                        \
-  template void c12ile<Half>(long, const char*, long, const char*, long*);                 \
-  template void c1ind<Half>(long, long, const char*, long, const char*, long*);            \
-  template void c1dim<Half>(long, long, const char*, long, const char*, long*);            \
+#define ZENT_INSTANTIATE(Half)                                                  \
+  template void c1iarg<Half>(long, const char*, long, long, long*);             \
+  template void c12ile<Half>(long, const char*, long, const char*, long*);      \
+  template void c1ind<Half>(long, long, const char*, long, const char*, long*); \
+  template void c1dim<Half>(long, long, const char*, long, const char*, long*); \
   template void c1ge0<Half>(const char*, long*, double);
 ZENT_INSTANTIATE(Math)
 ZENT_INSTANTIATE(Stat)

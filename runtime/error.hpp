@@ -104,9 +104,11 @@ inline void climb(ErrorState& state) {
 template <class Half>
 inline void pop(const char* name) {
   ErrorState& state = error_state<Half>;
-  if (state.signal_jump != 0 || state.top->name != name || state.top == state.frame) [[unlikely]] pop_settle<Half>(name);
+  if (state.signal_jump != 0 || state.top->name != name || state.top == state.frame) [[unlikely]]
+    pop_settle<Half>(name);
   const Frame* top = state.top;
-  if (top[-1].user && (state.message[0] != '\0' || state.stop_flag[top->type])) [[unlikely]] deliver<Half>();
+  if (top[-1].user && (state.message[0] != '\0' || state.stop_flag[top->type])) [[unlikely]]
+    deliver<Half>();
   climb(state);
   state.type_word[1] = top->type;
   state.number_word[1] = top->number;

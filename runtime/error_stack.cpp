@@ -193,19 +193,19 @@ long error_number_word(long level) {
   return *word_of<Half>(error_state<Half>.number_word, level);
 }
 
-#define ZENT_INSTANTIATE(Half)                                           \
-  template ErrorState ErrorStorage<Half>::state;                                 \
-  template ChecksumProcedure ErrorStorage<Half>::checksum;                        \
-  template void push_overflow<Half>();                                   \
-  template void pop_settle<Half>(const char*);                           \
-  template void drop_frames<Half>(Frame*);                               \
-  template void deliver<Half>();                                         \
-  template void announce<Half>(const char*, long, long, bool);           \
-  template long raise<Half>(long, long);                                 \
-  template long raise<Half>(long, long, const Values&);                  \
-  template long raise_text<Half>(long, long, const char*);               \
+#define ZENT_INSTANTIATE(Half)                                                                              \
+  template ErrorState ErrorStorage<Half>::state;                                                            \
+  template ChecksumProcedure ErrorStorage<Half>::checksum;                                                  \
+  template void push_overflow<Half>();                                                                      \
+  template void pop_settle<Half>(const char*);                                                              \
+  template void drop_frames<Half>(Frame*);                                                                  \
+  template void deliver<Half>();                                                                            \
+  template void announce<Half>(const char*, long, long, bool);                                              \
+  template long raise<Half>(long, long);                                                                    \
+  template long raise<Half>(long, long, const Values&);                                                     \
+  template long raise_text<Half>(long, long, const char*);                                                  \
   template void raise_out_of_memory<Half>(std::initializer_list<long>, std::initializer_list<const char*>); \
-  template long error_type_word<Half>(long);                             \
+  template long error_type_word<Half>(long);                                                                \
   template long error_number_word<Half>(long);
 ZENT_INSTANTIATE(Math)
 ZENT_INSTANTIATE(Stat)

@@ -54,9 +54,9 @@ void* get_specific(long key) {
   return key < 1 || key >= keys<Half>.slots ? nullptr : keys<Half>.value[key];
 }
 
-#define ZENT_INSTANTIATE(Half)                               \
-  template long key_create<Half>(long*, void (*)(void*));    \
-  template long set_specific<Half>(long, void*);             \
+#define ZENT_INSTANTIATE(Half)                            \
+  template long key_create<Half>(long*, void (*)(void*)); \
+  template long set_specific<Half>(long, void*);          \
   template void* get_specific<Half>(long);
 ZENT_INSTANTIATE(Math)
 ZENT_INSTANTIATE(Stat)

@@ -38,8 +38,8 @@ void umach(long n, FILE** stream) {
   }
 }
 
-#define ZENT_INSTANTIATE(Half)        \
-  template long imach<Half>(long);    \
+#define ZENT_INSTANTIATE(Half)     \
+  template long imach<Half>(long); \
   template void umach<Half>(long, FILE**);
 ZENT_INSTANTIATE(Math)
 ZENT_INSTANTIATE(Stat)

@@ -66,7 +66,8 @@ struct Kind {
   int values;
   const char* standard;
 };
-constexpr Kind kinds[] = {{"iI", "dioxXu", 1, "%ld"}, {"rRdDfF", "eEfFgGaA", 1, "%e"}, {"cCzZ", "eEfFgGaA", 2, "(%e,%e)"}, {"lLsS", "s", 1, "%s"}};
+constexpr Kind kinds[] = {
+    {"iI", "dioxXu", 1, "%ld"}, {"rRdDfF", "eEfFgGaA", 1, "%e"}, {"cCzZ", "eEfFgGaA", 2, "(%e,%e)"}, {"lLsS", "s", 1, "%s"}};
 
 // A format from the catalogue, with the length of 64-bit integers put in. False unless it takes exactly the values of its kind: a
 // damaged catalogue must not read arguments that are not there.
@@ -149,8 +150,8 @@ void format_bad_type(long type, const char* text) {
   out.format("Error type must be -1,...,8, but type = %ld.  Message = \"%s\"", type, text);
 }
 
-#define ZENT_INSTANTIATE(Half)                       \
-  template void parse_message<Half>(const char*);    \
+#define ZENT_INSTANTIATE(Half)                    \
+  template void parse_message<Half>(const char*); \
   template void format_bad_type<Half>(long, const char*);
 ZENT_INSTANTIATE(Math)
 ZENT_INSTANTIATE(Stat)

@@ -10,7 +10,7 @@ namespace zent {
 
 namespace {
 
-constexpr const char* type_text[type_count] = {"INTERNAL", "NOTE    ", "ALERT   ", "WARNING ", "FATAL   ",
+constexpr const char* type_text[type_count] = {"INTERNAL", "NOTE    ",          "ALERT   ",        "WARNING ", "FATAL   ",
                                                "TERMINAL", "WARNING_IMMEDIATE", "FATAL_IMMEDIATE", "INTERNAL"};
 constexpr const char* prefix = "***         ";
 constexpr int prefix_width = 12;  // of a continuation line; the blank behind the prefix is not counted
@@ -79,8 +79,8 @@ void error_print(long type, long number, const char*, const char* text) {
   std::fputc('\n', stream);
 }
 
-// One row for each entry of the library, or for each frame if asked for, from the newest down to the program. A row shows the worst
-// error of the frames since the row before.
+// One row for each entry of the library, or for each frame if asked for, from the newest down to the program. A row shows the
+// worst error of the frames since the row before.
 template <class Half>
 void traceback() {
   const ErrorState& state = error_state<Half>;
@@ -111,9 +111,9 @@ void error_stop() {
   std::exit(error_state<Half>.top->type);
 }
 
-#define ZENT_INSTANTIATE(Half)                                                 \
-  template void error_print<Half>(long, long, const char*, const char*);       \
-  template void traceback<Half>();                                             \
+#define ZENT_INSTANTIATE(Half)                                           \
+  template void error_print<Half>(long, long, const char*, const char*); \
+  template void traceback<Half>();                                       \
   template void error_stop<Half>();
 ZENT_INSTANTIATE(Math)
 ZENT_INSTANTIATE(Stat)

@@ -83,11 +83,11 @@ void scratch_release(void* mark) {
   }
 }
 
-#define ZENT_INSTANTIATE(Half)                                     \
-  template void* ScratchStorage<Half>::newest;                             \
-  template void* scratch_bytes<Half>(long, std::size_t, bool);     \
-  template void* result_bytes<Half>(long, std::size_t);            \
-  template void keep<Half>(void*);                                 \
+#define ZENT_INSTANTIATE(Half)                                 \
+  template void* ScratchStorage<Half>::newest;                 \
+  template void* scratch_bytes<Half>(long, std::size_t, bool); \
+  template void* result_bytes<Half>(long, std::size_t);        \
+  template void keep<Half>(void*);                             \
   template void scratch_release<Half>(void*);
 ZENT_INSTANTIATE(Math)
 ZENT_INSTANTIATE(Stat)

@@ -13,8 +13,23 @@ namespace zent {
 namespace {
 
 enum class Setting {
-  set_print, get_print, set_stop, get_stop, set_traceback, get_traceback, set_file, get_file, print_procedure,
-  message_path, message_name, full_traceback, library_id, trapping, trapping_on, trapping_off, unknown
+  set_print,
+  get_print,
+  set_stop,
+  get_stop,
+  set_traceback,
+  get_traceback,
+  set_file,
+  get_file,
+  print_procedure,
+  message_path,
+  message_name,
+  full_traceback,
+  library_id,
+  trapping,
+  trapping_on,
+  trapping_off,
+  unknown
 };
 
 struct Code {
@@ -115,27 +130,59 @@ template <class Half>
 bool apply(int code, Options& options) {
   ErrorState& state = error_state<Half>;
   switch (setting_of<Half>(code)) {
-    case Setting::set_print: set_flag<Half>(state.print_flag, options); break;
-    case Setting::get_print: get_flag<Half>(state.print_flag, options); break;
-    case Setting::set_stop: set_flag<Half>(state.stop_flag, options); break;
-    case Setting::get_stop: get_flag<Half>(state.stop_flag, options); break;
-    case Setting::set_traceback: set_flag<Half>(state.traceback_flag, options); break;
-    case Setting::get_traceback: get_flag<Half>(state.traceback_flag, options); break;
+    case Setting::set_print:
+      set_flag<Half>(state.print_flag, options);
+      break;
+    case Setting::get_print:
+      get_flag<Half>(state.print_flag, options);
+      break;
+    case Setting::set_stop:
+      set_flag<Half>(state.stop_flag, options);
+      break;
+    case Setting::get_stop:
+      get_flag<Half>(state.stop_flag, options);
+      break;
+    case Setting::set_traceback:
+      set_flag<Half>(state.traceback_flag, options);
+      break;
+    case Setting::get_traceback:
+      get_flag<Half>(state.traceback_flag, options);
+      break;
     case Setting::set_file: {
       FILE* stream = options.pointer<FILE>();
       umach<Half>(-3, &stream);
       break;
     }
-    case Setting::get_file: umach<Half>(3, options.pointer<FILE*>()); break;
-    case Setting::print_procedure: set_print_procedure<Half>(options.function<PrintProcedure>()); break;
-    case Setting::message_path: set_path<Half>(options.pointer<const char>()); break;
-    case Setting::message_name: set_file_name<Half>(options.pointer<const char>()); break;
-    case Setting::full_traceback: state.full_traceback = options.integer() != 0; break;
-    case Setting::library_id: *options.pointer<long>() = Half::id; break;
-    case Setting::trapping: trap_status<Half> = options.integer(); break;
-    case Setting::trapping_on: trap_status<Half> = 1; break;
-    case Setting::trapping_off: trap_status<Half> = 0; break;
-    case Setting::unknown: options.unknown<Half>(code); return false;
+    case Setting::get_file:
+      umach<Half>(3, options.pointer<FILE*>());
+      break;
+    case Setting::print_procedure:
+      set_print_procedure<Half>(options.function<PrintProcedure>());
+      break;
+    case Setting::message_path:
+      set_path<Half>(options.pointer<const char>());
+      break;
+    case Setting::message_name:
+      set_file_name<Half>(options.pointer<const char>());
+      break;
+    case Setting::full_traceback:
+      state.full_traceback = options.integer() != 0;
+      break;
+    case Setting::library_id:
+      *options.pointer<long>() = Half::id;
+      break;
+    case Setting::trapping:
+      trap_status<Half> = options.integer();
+      break;
+    case Setting::trapping_on:
+      trap_status<Half> = 1;
+      break;
+    case Setting::trapping_off:
+      trap_status<Half> = 0;
+      break;
+    case Setting::unknown:
+      options.unknown<Half>(code);
+      return false;
   }
   return true;
 }
@@ -174,8 +221,8 @@ void error_flags(const char* name, long type, long* print, long* stop) {
   }
 }
 
-#define ZENT_INSTANTIATE(Half)                                       \
-  template void error_options<Half>(const char*, int, va_list);      \
+#define ZENT_INSTANTIATE(Half)                                  \
+  template void error_options<Half>(const char*, int, va_list); \
   template void error_flags<Half>(const char*, long, long*, long*);
 ZENT_INSTANTIATE(Math)
 ZENT_INSTANTIATE(Stat)

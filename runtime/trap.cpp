@@ -25,12 +25,18 @@ constinit long install_count = 0;
 
 long number_of(int signal) {
   switch (signal) {
-    case SIGINT: return MATH_SIGNAL_INT;
-    case SIGILL: return MATH_SIGNAL_ILL;
-    case SIGABRT: return MATH_SIGNAL_ABRT;
-    case SIGFPE: return MATH_SIGNAL_FPE;
-    case SIGSEGV: return MATH_SIGNAL_SGEV;
-    default: return 0;
+    case SIGINT:
+      return MATH_SIGNAL_INT;
+    case SIGILL:
+      return MATH_SIGNAL_ILL;
+    case SIGABRT:
+      return MATH_SIGNAL_ABRT;
+    case SIGFPE:
+      return MATH_SIGNAL_FPE;
+    case SIGSEGV:
+      return MATH_SIGNAL_SGEV;
+    default:
+      return 0;
   }
 }
 
@@ -40,7 +46,7 @@ void handle_signal(int signal) {
   state.signal_jump = 1;
   store_integer<Half>(1, signal);
   if (const long number = number_of(signal); number != 0) raise<Half>(5, number);
-  if (trap_depth<Half> > 0 && state.jump_depth > 0) std::longjmp(state.jump[--state.jump_depth].buffer, 1);
+  if (trap_depth < Half >> 0 && state.jump_depth > 0) std::longjmp(state.jump[--state.jump_depth].buffer, 1);
 }
 
 // The handler is gone once it runs and its signal is not blocked in it: a jump out of it leaves nothing to undo.
@@ -71,7 +77,7 @@ void unwind_traps(long depth) {
     trap_restore<Half>(d);
     break;
   }
-  if (trap_depth<Half> > depth) trap_depth<Half> = depth;
+  if (trap_depth < Half >> depth) trap_depth<Half> = depth;
 }
 
 }  // namespace
@@ -133,15 +139,15 @@ void trap_release(const zent_trap_state* state) {
   scratch_release<Half>(state->scratch);
 }
 
-#define ZENT_INSTANTIATE(Half)                                             \
-  template long TrapStorage<Half>::status;                                         \
-  template long TrapStorage<Half>::depth;                                          \
-  template bool TrapStorage<Half>::installed[trap_depth_limit];                    \
-  template void trap_install<Half>(long);                                  \
-  template void trap_restore<Half>(long);                                  \
-  template void trap_caught<Half>(long);                                   \
-  template void trap_return<Half>(const Standing&, const Standing&);       \
-  template void trap_mark<Half>(zent_trap_state*);                         \
+#define ZENT_INSTANTIATE(Half)                                       \
+  template long TrapStorage<Half>::status;                           \
+  template long TrapStorage<Half>::depth;                            \
+  template bool TrapStorage<Half>::installed[trap_depth_limit];      \
+  template void trap_install<Half>(long);                            \
+  template void trap_restore<Half>(long);                            \
+  template void trap_caught<Half>(long);                             \
+  template void trap_return<Half>(const Standing&, const Standing&); \
+  template void trap_mark<Half>(zent_trap_state*);                   \
   template void trap_release<Half>(const zent_trap_state*);
 ZENT_INSTANTIATE(Math)
 ZENT_INSTANTIATE(Stat)

@@ -38,7 +38,7 @@ void trap_restore(long depth);
 // Arms (the handlers are installed only where they do not stand already) and counts the depth up; and back.
 template <class Half>
 inline void trap_on() {
-  const long depth = trap_depth<Half>++;
+  const long depth = trap_depth<Half> ++;
   error_state<Half>.signal_jump = 0;
   if (depth < trap_depth_limit && (depth == 0 || trap_owner != Half::id)) trap_install<Half>(depth);
 }

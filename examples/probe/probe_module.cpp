@@ -157,9 +157,8 @@ long run_apply(ORV_VARIABLE** argv, int* status) {
   const Data x = data_of(argv[3]), out = data_of(argv[4]);
   apply_routine = zent::binding::user_routine(argv[2]);
   const long n = x.count < out.count ? x.count : out.count;
-  const bool done = guarded([&] {
-    apply("probe_apply", apply_fcn<Real>, n, static_cast<const Real*>(x.pointer), static_cast<Real*>(out.pointer));
-  });
+  const bool done = guarded(
+      [&] { apply("probe_apply", apply_fcn<Real>, n, static_cast<const Real*>(x.pointer), static_cast<Real*>(out.pointer)); });
   if (!done) return 0;
   long code;
   cmast_opi_clear_errors(1, &code, status, 1);

@@ -133,8 +133,8 @@ typename Names<Half>::Record* l_record(long d, long n) {
   if (__builtin_mul_overflow(d, n, &size) || __builtin_mul_overflow(size, n, &table)) return nullptr;
   Record* f = result<Half, Record>(1);
   if (f == nullptr) return nullptr;
-  *f = {0, result<Half, long>(size), d, n, 0, result<Half, long>(n), result<Half, long>(n * n), result<Half, long>(2 * size), 0,
-        result<Half, long>(table)};
+  *f = {0, result<Half, long>(size), d, n, 0, result<Half, long>(n), result<Half, long>(n * n), result<Half, long>(2 * size),
+        0, result<Half, long>(table)};
   if (!f->digits || !f->counter || !f->binomial || !f->powers || !f->increments) return nullptr;
   for (long i = 0; i < size; ++i) f->digits[i] = 0;
   for (long i = 0; i < n; ++i) f->counter[i] = 0;
@@ -217,24 +217,24 @@ void l_free(Record* f, void (*release)(void*)) {
 }  // namespace zent::faure
 
 // The entries of a half.
-#define ZENT_FAURE_FORM(Half, H, P, Real)                                                                                  \
-  extern "C" Real* H##_##P##_faure_next_point(H##_faure* state, ...) {                                                     \
-    ZENT_OPTIONS(options, state, 1);                                                                                       \
-    Real* point = zent::public_call<Half>(#H "_" #P "_faure_next_point",                                                  \
-                                          [&] { return zent::faure::l_faure_next_point<Half, Real>(state, options); });    \
-    ZENT_OPTIONS_END(options);                                                                                             \
-    return point;                                                                                                          \
+#define ZENT_FAURE_FORM(Half, H, P, Real)                                                                               \
+  extern "C" Real* H##_##P##_faure_next_point(H##_faure* state, ...) {                                                  \
+    ZENT_OPTIONS(options, state, 1);                                                                                    \
+    Real* point = zent::public_call<Half>(#H "_" #P "_faure_next_point",                                                \
+                                          [&] { return zent::faure::l_faure_next_point<Half, Real>(state, options); }); \
+    ZENT_OPTIONS_END(options);                                                                                          \
+    return point;                                                                                                       \
   }
-#define ZENT_FAURE_HALF(Half, H)                                                                                           \
-  ZENT_FAURE_FORM(Half, H, f, float)                                                                                       \
-  ZENT_FAURE_FORM(Half, H, d, double)                                                                                      \
-  extern "C" H##_faure* H##_faure_sequence_init(long n_dimensions, ...) {                                                  \
-    ZENT_OPTIONS(options, n_dimensions, 1);                                                                                \
-    H##_faure* f = zent::public_call<Half>(                                                                                \
-        #H "_faure_sequence_init", [&] { return zent::faure::l_faure_sequence_init<Half>(n_dimensions, options); });       \
-    ZENT_OPTIONS_END(options);                                                                                             \
-    return f;                                                                                                              \
-  }                                                                                                                        \
-  extern "C" void H##_faure_sequence_free(H##_faure* state) {                                                              \
-    zent::faure::l_free(state, H##_free_allocated_memory);                                                                 \
+#define ZENT_FAURE_HALF(Half, H)                                                                                             \
+  ZENT_FAURE_FORM(Half, H, f, float)                                                                                         \
+  ZENT_FAURE_FORM(Half, H, d, double)                                                                                        \
+  extern "C" H##_faure* H##_faure_sequence_init(long n_dimensions, ...) {                                                    \
+    ZENT_OPTIONS(options, n_dimensions, 1);                                                                                  \
+    H##_faure* f = zent::public_call<Half>(#H "_faure_sequence_init",                                                        \
+                                           [&] { return zent::faure::l_faure_sequence_init<Half>(n_dimensions, options); }); \
+    ZENT_OPTIONS_END(options);                                                                                               \
+    return f;                                                                                                                \
+  }                                                                                                                          \
+  extern "C" void H##_faure_sequence_free(H##_faure* state) {                                                                \
+    zent::faure::l_free(state, H##_free_allocated_memory);                                                                   \
   }

@@ -100,7 +100,8 @@ inline void set_scales(Common& common) {
   while (common.float_scale * 2147483648.0F >= 1.0F) common.float_scale *= 1.0F - Machine<float>::spacing;
 }
 
-// The setup that everything goes through: arg -2 nothing more, -1 seeded, 0 seeded from the clock if need be, above 0 the generator.
+// The setup that everything goes through: arg -2 nothing more, -1 seeded, 0 seeded from the clock if need be, above 0 the
+// generator.
 template <class Half>
 Common* l_r1int(long arg) {
   bool fresh = false;
@@ -283,8 +284,8 @@ long l_random_seed_get() {
   return common == nullptr ? 0 : common->seed;
 }
 
-// A table set by the caller. The statistics half stops at the first bad entry and leaves the table's state as it was; the mathematics
-// half reports every one, stores the good ones and uses the table.
+// A table set by the caller. The statistics half stops at the first bad entry and leaves the table's state as it was; the
+// mathematics half reports every one, stores the good ones and uses the table.
 template <class Half, class Real>
 void l_table_set(const Real* table) {
   Common* common = nullptr;
@@ -308,32 +309,32 @@ void l_table_set(const Real* table) {
 }  // namespace zent::uniform
 
 // The entries of both halves, stamped by one unit each.
-#define ZENT_UNIFORM_FORM(Half, H, P, D, Real)                                                                                 \
-  extern "C" Real* H##_##P##_random_uniform(long n_random, ...) {                                                              \
-    ZENT_OPTIONS(options, n_random, 1);                                                                                        \
-    Real* r = zent::public_call<Half>(#H "_" #P "_random_uniform",                                                            \
-                                      [&] { return zent::uniform::l_random_uniform<Half, Real>(n_random, options); });         \
-    ZENT_OPTIONS_END(options);                                                                                                 \
-    return r;                                                                                                                  \
-  }                                                                                                                            \
-  extern "C" void H##_##D##rnun(long nr, Real* r) {                                                                            \
-    zent::public_call<Half>(#H "_" #D "rnun", [=] { zent::uniform::l_rnun<Half>(nr, r); });                                   \
+#define ZENT_UNIFORM_FORM(Half, H, P, D, Real)                                                                         \
+  extern "C" Real* H##_##P##_random_uniform(long n_random, ...) {                                                      \
+    ZENT_OPTIONS(options, n_random, 1);                                                                                \
+    Real* r = zent::public_call<Half>(#H "_" #P "_random_uniform",                                                     \
+                                      [&] { return zent::uniform::l_random_uniform<Half, Real>(n_random, options); }); \
+    ZENT_OPTIONS_END(options);                                                                                         \
+    return r;                                                                                                          \
+  }                                                                                                                    \
+  extern "C" void H##_##D##rnun(long nr, Real* r) {                                                                    \
+    zent::public_call<Half>(#H "_" #D "rnun", [=] { zent::uniform::l_rnun<Half>(nr, r); });                            \
   }
-#define ZENT_UNIFORM_HALF(Half, H)                                                                                             \
-  ZENT_UNIFORM_FORM(Half, H, f, , float)                                                                                       \
-  ZENT_UNIFORM_FORM(Half, H, d, d, double)                                                                                     \
-  extern "C" long H##_random_seed_get() {                                                                                      \
-    return zent::scalar_call<Half>(#H "_random_seed_get", [] { return zent::uniform::l_random_seed_get<Half>(); });           \
-  }                                                                                                                            \
-  extern "C" void H##_random_seed_set(long seed) {                                                                             \
-    zent::scalar_call<Half>(#H "_random_seed_set", [=] { zent::uniform::l_random_seed_set<Half>(seed); });                    \
-  }                                                                                                                            \
-  extern "C" void H##_random_option(long generator_option) {                                                                   \
-    zent::scalar_call<Half>(#H "_random_option", [=] { zent::uniform::l_random_option<Half>(generator_option); });            \
-  }                                                                                                                            \
-  extern "C" void H##_r1int(long arg) {                                                                                        \
-    zent::uniform::l_r1int<Half>(arg);                                                                                         \
-  }                                                                                                                            \
-  extern "C" long H##_r1clk() {                                                                                                \
-    return zent::uniform::clock_seed();                                                                                        \
+#define ZENT_UNIFORM_HALF(Half, H)                                                                                  \
+  ZENT_UNIFORM_FORM(Half, H, f, , float)                                                                            \
+  ZENT_UNIFORM_FORM(Half, H, d, d, double)                                                                          \
+  extern "C" long H##_random_seed_get() {                                                                           \
+    return zent::scalar_call<Half>(#H "_random_seed_get", [] { return zent::uniform::l_random_seed_get<Half>(); }); \
+  }                                                                                                                 \
+  extern "C" void H##_random_seed_set(long seed) {                                                                  \
+    zent::scalar_call<Half>(#H "_random_seed_set", [=] { zent::uniform::l_random_seed_set<Half>(seed); });          \
+  }                                                                                                                 \
+  extern "C" void H##_random_option(long generator_option) {                                                        \
+    zent::scalar_call<Half>(#H "_random_option", [=] { zent::uniform::l_random_option<Half>(generator_option); });  \
+  }                                                                                                                 \
+  extern "C" void H##_r1int(long arg) {                                                                             \
+    zent::uniform::l_r1int<Half>(arg);                                                                              \
+  }                                                                                                                 \
+  extern "C" long H##_r1clk() {                                                                                     \
+    return zent::uniform::clock_seed();                                                                             \
   }

@@ -122,14 +122,14 @@ extern "C" long zents_random_substream_seed_get(long seed) {
 }
 
 // Both precisions carry the single form's name in their frames: messages have always shown it.
-#define ZENT_FORM(P, Real)                                                                                                      \
-  extern "C" void zents_##P##_random_table_set(Real* table) {                                                                   \
-    zent::public_call<zent::Stat>("zents_f_random_table_set", [=] { zent::uniform::l_table_set<zent::Stat>(table); });         \
-  }                                                                                                                             \
-  extern "C" void zents_##P##_random_table_get(Real** table, ...) {                                                             \
-    ZENT_OPTIONS(options, table, 1);                                                                                            \
-    zent::public_call<zent::Stat>("zents_f_random_table_get", [&] { zent::uniform::l_table_get(table, options); });            \
-    ZENT_OPTIONS_END(options);                                                                                                  \
+#define ZENT_FORM(P, Real)                                                                                             \
+  extern "C" void zents_##P##_random_table_set(Real* table) {                                                          \
+    zent::public_call<zent::Stat>("zents_f_random_table_set", [=] { zent::uniform::l_table_set<zent::Stat>(table); }); \
+  }                                                                                                                    \
+  extern "C" void zents_##P##_random_table_get(Real** table, ...) {                                                    \
+    ZENT_OPTIONS(options, table, 1);                                                                                   \
+    zent::public_call<zent::Stat>("zents_f_random_table_get", [&] { zent::uniform::l_table_get(table, options); });    \
+    ZENT_OPTIONS_END(options);                                                                                         \
   }
 ZENT_FORM(f, float)
 ZENT_FORM(d, double)

@@ -87,16 +87,23 @@ int load() {
   const struct {
     const char* name;
     int type;
-  } elements[] = {{"TEST_F_ELEM", ORV_TYP_FLOAT}, {"TEST_D_ELEM", ORV_TYP_DOUBLE}, {"TEST_C_ELEM", ORV_TYP_COMPLEX}, {"TEST_Z_ELEM", ORV_TYP_DCOMPLEX}};
+  } elements[] = {{"TEST_F_ELEM", ORV_TYP_FLOAT},
+                  {"TEST_D_ELEM", ORV_TYP_DOUBLE},
+                  {"TEST_C_ELEM", ORV_TYP_COMPLEX},
+                  {"TEST_Z_ELEM", ORV_TYP_DCOMPLEX}};
   for (const auto& element : elements) {
-    const ORV_STRUCT_TAG tags[] = {
-        {"ROW", nullptr, ORV_TYP_INT64, 0}, {"COL", nullptr, ORV_TYP_INT64, 0}, {"VAL", nullptr, element.type, 0}, {nullptr, nullptr, 0, 0}};
+    const ORV_STRUCT_TAG tags[] = {{"ROW", nullptr, ORV_TYP_INT64, 0},
+                                   {"COL", nullptr, ORV_TYP_INT64, 0},
+                                   {"VAL", nullptr, element.type, 0},
+                                   {nullptr, nullptr, 0, 0}};
     ORV_MakeStruct(element.name, tags);
   }
   const ORV_MSG_ROW rows[] = {{"TEST_LIBRARY", "E: ZENT_%s: %s: %s: %s"}, {"TEST_ERROR", "E: %s."}};
   block = ORV_MessageDefineBlock("TEST", 2, rows);
-  const ORV_SYSRTN table[] = {{raise_library_error, "T_RAISE", 0, 2, 0, nullptr}, {note, "T_NOTE", 0, 0, 0, nullptr},
-                              {call_function, "T_CALL", 2, 2, 0, nullptr},        {deliver, "T_DELIVER", 2, 2, 0, nullptr},
+  const ORV_SYSRTN table[] = {{raise_library_error, "T_RAISE", 0, 2, 0, nullptr},
+                              {note, "T_NOTE", 0, 0, 0, nullptr},
+                              {call_function, "T_CALL", 2, 2, 0, nullptr},
+                              {deliver, "T_DELIVER", 2, 2, 0, nullptr},
                               {read_undefined, "T_UNDEF", 2, 2, 0, nullptr}};
   return ORV_SysRtnAdd(table, 0, 5);
 }
@@ -215,14 +222,13 @@ TEST_F(Operations, TemporariesMoveIntoArguments) {
 
 TEST(Structures, ElementsHaveTheSizeOfTheLibrarysRecords) {
   orv::register_module(load);
-  const std::pair<const char*, long> sizes[] = {{"TEST_F_ELEM", 24}, {"TEST_D_ELEM", 24}, {"TEST_C_ELEM", 24}, {"test_z_elem", 32}};
+  const std::pair<const char*, long> sizes[] = {
+      {"TEST_F_ELEM", 24}, {"TEST_D_ELEM", 24}, {"TEST_C_ELEM", 24}, {"test_z_elem", 32}};
   for (const auto& [name, size] : sizes) {
     Value two = Value::structure(ORV_MakeStruct(name, nullptr), 2);
     char* base = static_cast<char*>(ORV_StructGetTagAddress(two.variable(), "VAL", 0, 1, nullptr));
     EXPECT_EQ(base - static_cast<const char*>(two.data()), 16);
     *reinterpret_cast<float*>(base + size) = 1.5f;
-    const char* const first = two.element(1).as<char>();
-    EXPECT_EQ(first == nullptr, false);
     EXPECT_EQ(two.tag("ROW", 1).to_integer(), 0) << name;
     Value second = two.element(1);
     EXPECT_EQ(*static_cast<float*>(ORV_StructGetTagAddress(second.variable(), "val", 0, 1, nullptr)), 1.5f) << name;

@@ -1,10 +1,10 @@
 // Values of the host: conversions, arithmetic with broadcasting, parts of arrays, structures, display.
-#include "host/value.hpp"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
+
+#include "host/value.hpp"
 
 namespace {
 
@@ -155,8 +155,10 @@ TEST(Indexing, ReadsAndWritesParts) {
 
 TEST(Structures, TagsHoldTheirOwnCopies) {
   const ORV_SDEF inner = orv::define_structure({{"s", Value::text("")}});
-  const ORV_SDEF outer = orv::define_structure({{"flag", Value::boolean(true)}, {"x", reals({2}, {0, 0})}, {"in", Value::structure(inner, -1)}});
-  EXPECT_EQ(outer, orv::define_structure({{"FLAG", Value::boolean(false)}, {"X", reals({2}, {1, 1})}, {"IN", Value::structure(inner, -1)}}));
+  const ORV_SDEF outer =
+      orv::define_structure({{"flag", Value::boolean(true)}, {"x", reals({2}, {0, 0})}, {"in", Value::structure(inner, -1)}});
+  EXPECT_EQ(outer, orv::define_structure(
+                       {{"FLAG", Value::boolean(false)}, {"X", reals({2}, {1, 1})}, {"IN", Value::structure(inner, -1)}}));
   Value a = Value::structure(outer, 2);
   Value text = Value::structure(inner, -1);
   text.set_tag("S", Value::text("kept"));

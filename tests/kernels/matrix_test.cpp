@@ -238,9 +238,11 @@ TYPED_TEST(Matrices, TriangularSolves) {
                 const auto residual_of = [&](Walk<T> solution) {
                   const std::vector<Wide> left = times(n, n, apply_op(*op, dense.view()), solution.values());
                   long double worst = 0;
-                  for (std::size_t i = 0; i < left.size(); ++i) const long double error = std::abs(left[i] - right[i]);
-                  if (std::isnan(error)) return error;
-                  worst = std::max(worst, error);
+                  for (std::size_t i = 0; i < left.size(); ++i) {
+                    const long double error = std::abs(left[i] - right[i]);
+                    if (std::isnan(error)) return error;
+                    worst = std::max(worst, error);
+                  }
                   return worst;
                 };
                 const long double bound = static_cast<long double>(16 * (n + 1)) * epsilon<T>;

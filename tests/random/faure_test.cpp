@@ -49,11 +49,14 @@ TEST(Faure, IsStratified) {
       const long other = (s + 1) % d;
       for (long k = 0; k < n; ++k) {
         ++line[static_cast<long>(std::floor(points[k * d + s] * n + 1e-9))];
-        const long i = static_cast<long>(points[k * d + s] * base + 1e-9), j = static_cast<long>(points[k * d + other] * base + 1e-9);
+        const long i = static_cast<long>(points[k * d + s] * base + 1e-9),
+                   j = static_cast<long>(points[k * d + other] * base + 1e-9);
         ++square[i * base + j];
       }
       EXPECT_EQ(*std::max_element(line.begin(), line.end()), 1) << d << " " << s;
-      if (d > 1) { EXPECT_EQ(*std::max_element(square.begin(), square.end()), 1) << d << " " << s; }
+      if (d > 1) {
+        EXPECT_EQ(*std::max_element(square.begin(), square.end()), 1) << d << " " << s;
+      }
     }
     zent_faure_sequence_free(f);
   }

@@ -15,15 +15,25 @@ constexpr std::uint64_t m = 2147483647;
 
 template <class Half, class Real>
 struct Form;
-#define FORM(Name, H, D, T, last)                                        \
-  struct Name {                                                          \
-    using Real = T;                                                      \
-    static constexpr long generators = last;                             \
-    static void draw(long n, T* r) { H##_##D##rnun(n, r); }              \
-    static void seed(long s) { H##_random_seed_set(s); }                 \
-    static long seed() { return H##_random_seed_get(); }                 \
-    static void option(long g) { H##_random_option(g); }                 \
-    static long error() { return H##_error_code(); }                     \
+#define FORM(Name, H, D, T, last)            \
+  struct Name {                              \
+    using Real = T;                          \
+    static constexpr long generators = last; \
+    static void draw(long n, T* r) {         \
+      H##_##D##rnun(n, r);                   \
+    }                                        \
+    static void seed(long s) {               \
+      H##_random_seed_set(s);                \
+    }                                        \
+    static long seed() {                     \
+      return H##_random_seed_get();          \
+    }                                        \
+    static void option(long g) {             \
+      H##_random_option(g);                  \
+    }                                        \
+    static long error() {                    \
+      return H##_error_code();               \
+    }                                        \
   };
 FORM(MathSingle, zent, , float, 6)
 FORM(MathDouble, zent, d, double, 6)
@@ -58,7 +68,9 @@ struct Congruential {
   std::uint64_t state, multiplier;
   std::vector<Real> table;
 
-  std::uint64_t step() { return state = state * multiplier % m; }
+  std::uint64_t step() {
+    return state = state * multiplier % m;
+  }
   Real draw(bool shuffled) {
     if (shuffled && table.empty()) {
       for (int k = 0; k < 128; ++k) table.push_back(static_cast<Real>(static_cast<double>(step()) / 2147483647.0));
@@ -73,7 +85,9 @@ struct Congruential {
 template <class F>
 class Streams : public ::testing::Test {
  protected:
-  void SetUp() override { be_quiet(); }
+  void SetUp() override {
+    be_quiet();
+  }
 };
 using Forms = ::testing::Types<MathSingle, MathDouble, StatSingle, StatDouble>;
 TYPED_TEST_SUITE(Streams, Forms);
@@ -95,7 +109,8 @@ TYPED_TEST(Streams, UnshuffledMillionForExtremeSeeds) {
   }
 }
 
-// Tables are filled at the first use of a shuffled generator and kept: so this test is the first in its process to use one of the form.
+// Tables are filled at the first use of a shuffled generator and kept: so this test is the first in its process to use one of the
+// form.
 TYPED_TEST(Streams, ShuffledAcrossBlocksOfEverySize) {
   using Real = typename TypeParam::Real;
   Congruential<Real> second{987654321, 0, {}};
@@ -203,8 +218,8 @@ TEST(Uniform, SubstreamIsAHundredThousandSteps) {
   zents_random_option(1);
 }
 
-// The register as bits: one sequence with b(n) = b(n - 32) xor b(n - 521), read in three phases that lie a fixed power of two apart;
-// every bit of the words then obeys the long recurrence of 1563 and 1467.
+// The register as bits: one sequence with b(n) = b(n - 32) xor b(n - 521), read in three phases that lie a fixed power of two
+// apart; every bit of the words then obeys the long recurrence of 1563 and 1467.
 TEST(ShiftRegister, ObeysItsRecurrenceAndStartsWithItsBits) {
   be_quiet();
   long reset[1565] = {0};
@@ -224,13 +239,16 @@ TEST(ShiftRegister, ObeysItsRecurrenceAndStartsWithItsBits) {
     x *= 69069;
     bit = static_cast<std::int32_t>(x) > 0;
   }
-  // Word w holds bits 32 (w - 1) + 1, ... of the interleaved sequence, which continues by the long recurrence; its third bits are b.
+  // Word w holds bits 32 (w - 1) + 1, ... of the interleaved sequence, which continues by the long recurrence; its third bits are
+  // b.
   std::vector<int> t(1563 * 32);
   for (int w = 0; w < 1563; ++w) {
     for (int k = 0; k < 31; ++k) t[32 * w + k] = static_cast<int>(first[w] >> (30 - k) & 1);
   }
   for (int i = 0; i < 521; ++i) {
-    if (3 * i % 32 != 31) { EXPECT_EQ(t[3 * i], b[i]) << i; }
+    if (3 * i % 32 != 31) {
+      EXPECT_EQ(t[3 * i], b[i]) << i;
+    }
   }
   for (std::size_t n = 1563; n < t.size(); ++n) {
     if (n % 32 == 31 || (n - 1563) % 32 == 31 || (n - 96) % 32 == 31) continue;  // the unweighted bit of a word

@@ -218,7 +218,8 @@ TYPED_TEST(ErrorStack, PrinterNamesTheCalledRoutineAndCutsLines) {
   EXPECT_EQ(this->printed([&] { raise(5, a); }), head + a + "\n\n");
   EXPECT_EQ(this->printed([&] { raise(5, b); }), head + next + b + "\n\n");
   EXPECT_EQ(this->printed([&] { raise(5, a + " " + c + " e"); }), head + a + next + c + next + "e\n\n");
-  EXPECT_EQ(this->printed([&] { raise(5, d); }), head + next + d.substr(0, 65) + next + d.substr(0, 65) + next + d.substr(0, 10) + "\n\n");
+  EXPECT_EQ(this->printed([&] { raise(5, d); }),
+            head + next + d.substr(0, 65) + next + d.substr(0, 65) + next + d.substr(0, 10) + "\n\n");
   const std::string fatal = this->printed([&] { raise(4, "x"); });
   EXPECT_EQ(fatal.find("\n*** FATAL    Error "), 0u);
   EXPECT_NE(fatal.find(" from called.  x\n\n"), std::string::npos);
