@@ -69,9 +69,8 @@ class UserCall {
   template <class Real>
   Real result() {
     ORV_VARIABLE* const value = call(1);
-    if (value == nullptr) return Real(0);
-    const double number = ORV_DoubleScalar(value);
-    if (value->flags & ORV_V_TEMP) ORV_Deltmp(value);
+    const double number = value != nullptr ? ORV_DoubleScalar(value) : 0;
+    if (value != nullptr && (value->flags & ORV_V_TEMP)) ORV_Deltmp(value);
     release_arguments();
     return static_cast<Real>(number);
   }
@@ -93,6 +92,7 @@ class UserCall {
   template <class Real>
   bool get(int argument, long n, Real* out) {
     ORV_VARIABLE* const value = argument_[argument];
+    if (value == nullptr) return false;
     if (value->type == ORV_TYP_UNDEF) {
       finish();
       ORV_MessageVE_UNDEFVAR(value, ORV_MSG_RAISE);
@@ -114,6 +114,9 @@ class UserCall {
   }
 
   ORV_VARIABLE* call(unsigned char kind) {
+    for (int k = 0; k < count_; ++k) {
+      if (argument_[k] == nullptr) return nullptr;  // not made: only a host that returns from a raise lets this be seen
+    }
     ORV_CALLREC record;
     std::memset(&record, 0, sizeof record);
     record.kind = kind;
@@ -145,6 +148,7 @@ class UserCall {
   void release_arguments() {
     for (int k = 0; k < count_; ++k) {
       ORV_VARIABLE* const variable = argument_[k];
+      if (variable == nullptr) continue;
       if (variable->flags & ORV_V_DYNAMIC) {
         ORV_Delvar(variable);
       } else if (variable->flags & ORV_V_TEMP) {

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "binding/callback.hpp"
+#include "binding/tag_spans.hpp"
 #include "zent/records.h"
 
 extern "C" {
@@ -86,6 +87,15 @@ long get_fit(ORV_VARIABLE* structure, typename Form::Fit& fit) {
   auto* const weights = static_cast<Real*>(tag(structure, "COEFFICIENTS"));
   if (!dimension || !centers || !extra || !delta || !name || !points || !weights) return 0;
   if (*dimension < 1 || *centers < 1 || *extra < 0) return 0;
+  constexpr long size = sizeof(Real);
+  long points_bytes, weights_bytes;
+  if (__builtin_mul_overflow(*dimension, *centers, &points_bytes) || __builtin_mul_overflow(points_bytes, size, &points_bytes) ||
+      __builtin_add_overflow(*centers, *extra, &weights_bytes) || __builtin_mul_overflow(weights_bytes, size, &weights_bytes)) {
+    return 0;
+  }
+  const TagSpan spans[] = {{dimension, sizeof(long)}, {centers, sizeof(long)},  {extra, sizeof(long)},     {delta, size},
+                           {name, sizeof *name},      {points, points_bytes}, {weights, weights_bytes}};
+  if (!disjoint(spans)) return 0;
   fit = {};
   fit.dimension = *dimension;
   fit.num_centers = *centers;

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "binding/raise.hpp"
+#include "binding/tag_spans.hpp"
 #include "zent/records.h"
 
 namespace {
@@ -104,10 +105,24 @@ long dimension(ORV_VARIABLE* structure, const char* name) {
   return value != nullptr ? *value : 1;
 }
 
-// The counts have to follow from each other; an address alone does not say how much stands behind it.
-bool consistent(const Parts& parts, bool is_ppoly) {
+// The tags leave room for each other with the lengths that the structure claims. Lengths of the numbers are known once the counts
+// have been read.
+bool has_room(const Parts& parts, bool is_ppoly, long knots, long coef, long real_bytes) {
+  const long dims_bytes = parts.domain_dim * static_cast<long>(sizeof(long));
+  const long counts_bytes = is_ppoly ? parts.target_dim * static_cast<long>(sizeof(long)) : dims_bytes;
+  const zent::binding::TagSpan spans[] = {{parts.order, dims_bytes},
+                                          {parts.num_coef, counts_bytes},
+                                          {parts.num_knots, dims_bytes},
+                                          {parts.knots, knots * real_bytes},
+                                          {parts.coef, coef * real_bytes}};
+  return zent::binding::disjoint(spans);
+}
+
+// The counts have to follow from each other.
+bool consistent(const Parts& parts, bool is_ppoly, long real_bytes) {
   if (parts.domain_dim < 1 || parts.domain_dim > most_dims || parts.target_dim < 1 || parts.target_dim > most_dims) return false;
   if (!parts.order || !parts.num_coef || !parts.num_knots || !parts.knots || !parts.coef) return false;
+  if (!has_room(parts, is_ppoly, 1, 1, real_bytes)) return false;
   long pieces = 1;
   for (long d = 0; d < parts.domain_dim; ++d) {
     const long order = parts.order[d], knots = parts.num_knots[d];
@@ -119,7 +134,7 @@ bool consistent(const Parts& parts, bool is_ppoly) {
   for (long t = 0; is_ppoly && t < parts.target_dim; ++t) {
     if (parts.num_coef[t] != pieces) return false;
   }
-  return true;
+  return has_room(parts, is_ppoly, sum(parts.num_knots, parts.domain_dim), parts.target_dim * pieces, real_bytes);
 }
 
 // One block: record, pointer vectors, integers, numbers.
@@ -175,7 +190,7 @@ void* cmast_tsdh_to_Cstruct(ORV_VARIABLE* structure, long type, long is_ppoly) {
     parts.knots = tag(structure, is_ppoly != 0 ? "BREAKPOINTS" : "KNOTS");
     parts.coef = tag(structure, "COEF");
   }
-  if (!consistent(parts, is_ppoly != 0)) {
+  if (!consistent(parts, is_ppoly != 0, ORV_TypeSizeFunc(type == ORV_TYP_FLOAT ? ORV_TYP_FLOAT : ORV_TYP_DOUBLE))) {
     raise_error("The structure is not one of a spline: its dimensions, orders and counts do not fit together");
     return nullptr;
   }

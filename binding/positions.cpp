@@ -107,7 +107,10 @@ bool read_position(Arguments& arguments, const Position& position, int k) {
   const auto* const string = arguments.array<const ORV_STRING>(k);
   arguments.present[k] = arguments.count[k] > 0 && string != nullptr && string->len > 0;
   if (arguments.present[k] && arguments.count[k] > 1) return refuse(arguments, position, "must be one string", "", "");
-  if (position.kind == Kind::required) arguments.present[k] = true;  // an empty text is for the library to refuse
+  if (position.kind == Kind::required) {
+    if (arguments.count[k] < 1) return refuse(arguments, position, "is empty", "", "");
+    arguments.present[k] = true;  // an empty text is for the library to refuse
+  }
   return true;
 }
 

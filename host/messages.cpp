@@ -147,9 +147,20 @@ void leave_call(size_t depth) noexcept {
   }
 }
 
-// A trapped signal may have thrown away calls without leave_call. Their frames lie below this one.
+// Is the buffer one of a call with this frame, or of anything it called? Buffers that are not on the stack are not.
+static bool belongs_to(const void* frame, const jmp_buf* buffer) noexcept {
+  constexpr size_t deepest_stack = size_t{64} << 20;
+  const auto top = reinterpret_cast<size_t>(frame), place = reinterpret_cast<size_t>(buffer);
+  return place < top && top - place < deepest_stack;
+}
+
+// A trapped signal may have thrown away calls without leave_call. Their frames lie below this one. The routine that the signal's
+// jump landed in may have put its own buffer back already; that one stays.
 static void forget_dead_calls(const void* here) noexcept {
-  while (!calls.empty() && calls.back().frame < here) leave_call(calls.size() - 1);
+  while (!calls.empty() && calls.back().frame < here) {
+    if (belongs_to(calls.back().frame, installed_buffer)) installed_buffer = calls.back().before;
+    calls.pop_back();
+  }
 }
 
 size_t enter_call(const void* frame, jmp_buf* buffer) {

@@ -184,12 +184,15 @@ ORV_SERVED ORV_SDEF ORV_MakeStruct(const char* name, const ORV_STRUCT_TAG* tags)
   return definition;
 }
 
+// Null for a tag that the structure does not have: the module knows better what is wrong with the structure as a whole.
 ORV_SERVED void* ORV_StructGetTagAddress(ORV_VARIABLE* v, const char* tag, int, int, void*) {
   void* address = nullptr;
   orv::detail::serve([&] {
     orv::detail::Block& block = orv::structure_block(*v);
     orv::check_element(block, 0);
-    address = block.data + orv::detail::find_tag(block.definition, tag).offset;
+    for (const auto& known : block.definition->tags) {
+      if (orv::detail::upper(tag) == known.name) address = block.data + known.offset;
+    }
   });
   return address;
 }
@@ -198,9 +201,16 @@ ORV_SERVED void* ORV_MakeTempStructVector(ORV_SDEF def, long n, ORV_VARIABLE** v
   void* data = nullptr;
   orv::detail::serve([&] {
     if (!def) throw orv::Error("ERROR", "The structure is not defined.");
-    *v = orv::detail::new_temporary();
-    orv::detail::Block* block = orv::detail::new_block(ORV_TYP_STRUCT, {n}, def);
-    orv::detail::set_block(**v, block, false);
+    ORV_VARIABLE* const temporary = orv::detail::new_temporary();
+    orv::detail::Block* block;
+    try {
+      block = orv::detail::new_block(ORV_TYP_STRUCT, {n}, def);
+    } catch (...) {
+      orv::detail::release_temporary(temporary);
+      throw;
+    }
+    orv::detail::set_block(*temporary, block, false);
+    *v = temporary;
     data = block->data;
   });
   return data;

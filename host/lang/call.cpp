@@ -278,7 +278,7 @@ Value Interpreter::run_from_module(const char* name, bool is_function, std::span
   }
   run_function(*f, frame, result);
   for (std::size_t k = 0; k < n; ++k)
-    if (f->parameters[k].output) ORV_VarCopy(frame[k].variable(), arguments[k]);
+    if (f->parameters[k].output && frame[k].defined()) orv::assign(arguments[k], frame[k]);
   if (is_function && !result.defined()) throw Error("ERROR", "the user function '" + f->name + "' returned no value");
   return std::move(result);
 }

@@ -76,10 +76,13 @@ void Interpreter::restore(const State& s) {
 void Interpreter::interrupt() {
   interrupted = 1;
 }
-void Interpreter::check_interrupt() {
-  if (!interrupted) return;
+bool Interpreter::take_interrupt() {
+  const bool was = interrupted != 0;
   interrupted = 0;
-  throw Error("INTERRUPTED", "interrupted");
+  return was;
+}
+void Interpreter::check_interrupt() {
+  if (interrupted && take_interrupt()) throw Error("INTERRUPTED", "interrupted");
 }
 
 void Interpreter::exit(int status) {
@@ -120,6 +123,15 @@ Program Interpreter::parse_program(std::string_view text, const std::string& fil
         return slot.get();
       },
       first_line);
+}
+
+bool Interpreter::needs_more(std::string_view text) {
+  try {
+    parse_program(text, "input", 1);
+  } catch (const SyntaxError& e) {
+    return e.incomplete;
+  }
+  return false;
 }
 
 void Interpreter::run(std::string_view text, const std::string& file, int first_line, bool echo) {

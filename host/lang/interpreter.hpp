@@ -92,6 +92,10 @@ class Interpreter {
   // Set from a signal handler: the next loop turn or call throws.
   static void interrupt();
   static void check_interrupt();
+  static bool take_interrupt();
+
+  // Whether the text is the beginning of something that goes on in the next line.
+  bool needs_more(std::string_view text);
 
   // For the module's calls of user routines.
   Value call_from_module(const char* name, bool is_function, std::span<ORV_VARIABLE*> arguments);

@@ -47,16 +47,14 @@ inline long next_prime(long n) {
 template <class Record>
 void compute_parameters(Record& f, long* inverse) {
   const long d = f.n_dimensions, n = f.n_digits, base = f.base;
-  // Inverses by the recurrence inv[i] = -(base / i) inv[base mod i].
-  inverse[0] = 0;
-  if (base > 1) inverse[1] = 1;
-  for (long i = 2; i < base; ++i) inverse[i] = (base - base / i) * inverse[base % i] % base;
+  // Inverses of the dimensions' numbers alone, by the recurrence inv[i] = -(base / i) inv[base mod i]: a base may be far greater.
+  for (long i = 0; i < d; ++i) inverse[i] = i < 2 ? i : (base - base / i) * inverse[base % i] % base;
   for (long s = 0; s < d; ++s) {
     f.powers[n * d + s] = 1;
     f.powers[s] = 0;  // never used: row 0 only rounds up the count of rows
     for (long r = 1; r < n; ++r) {
       f.powers[(n + r) * d + s] = s * f.powers[(n + r - 1) * d + s] % base;
-      f.powers[(n - r) * d + s] = inverse[f.powers[(n + r) * d + s]];
+      f.powers[(n - r) * d + s] = inverse[s] * f.powers[(n - r + 1) * d + s] % base;
     }
   }
   for (long i = 0; i < n; ++i) {
@@ -121,8 +119,12 @@ void l_check(long n_dimensions, bool base_given, long base, bool skip_given, lon
     long position = 0;
     zents_c1iarg(n_dimensions, "n_dimensions", 1, -1, &position);
   }
-  if (base_given && (base < n_dimensions || !is_prime(base))) raise<Half>(5, Names<Half>::bad_base, {.i = {base, n_dimensions}});
-  if (skip_given && skip < 1) raise<Half>(5, Names<Half>::bad_skip, {.i = {skip}});
+  if (failed<Half>()) return;
+  if (base_given && (base < n_dimensions || !is_prime(base))) {
+    raise<Half>(5, Names<Half>::bad_base, {.i = {base, n_dimensions}});
+  } else if (skip_given && skip < 1) {
+    raise<Half>(5, Names<Half>::bad_skip, {.i = {skip}});
+  }
 }
 
 // The record with its arrays, zeroed; null when there is no memory or the sizes overflow.
@@ -163,7 +165,7 @@ typename Names<Half>::Record* l_faure_sequence_init(long n_dimensions, Options& 
   if (!base_given) base = n_dimensions > 2147483647 ? 0 : next_prime(n_dimensions);
   const long n = base == 0 ? 0 : static_cast<long>(std::log(2147483647.0) / std::log(static_cast<double>(base)));
   auto* f = n < 1 ? nullptr : l_record<Half>(n_dimensions, n);
-  long* inverse = f == nullptr ? nullptr : scratch<Half, long>(base);
+  long* inverse = f == nullptr ? nullptr : scratch<Half, long>(n_dimensions);
   if (inverse == nullptr) {
     raise<Half>(5, MATH_OUT_OF_MEMORY);
     return nullptr;

@@ -63,14 +63,10 @@ struct Store {
     *fresh = record == nullptr;
     if (record == nullptr) {
       record = std::calloc(1, sizeof(Record));
-      if (record == nullptr) {
+      if (record == nullptr || (math ? zent_setspecific(key, record) : zents_setspecific(key, record)) != 0) {
+        std::free(record);
         raise<Half>(5, MATH_OUT_OF_MEMORY);
         return nullptr;
-      }
-      if (math) {
-        zent_setspecific(key, record);
-      } else {
-        zents_setspecific(key, record);
       }
     }
     return static_cast<Record*>(record);
@@ -140,11 +136,16 @@ long& table_ready(Common& common) {
   return common.table_ready[std::is_same_v<Real, double>];
 }
 
+// The state as a residue: words of a shift register's table that the caller has set may be longer than 31 bits.
+inline unsigned residue(const Common& common) {
+  return static_cast<unsigned>(common.seed % congruential_modulus);
+}
+
 // The first contents are quotients where later ones are products: their last bits differ, and streams depend on it.
 template <class Half, class Real>
 void fill_table(Common& common, Shuffle<Real>& shuffle) {
   int states[shuffle_size];
-  congruential_states(static_cast<unsigned>(common.seed), multiplier(common.generator_option), shuffle_size, states);
+  congruential_states(residue(common), multiplier(common.generator_option), shuffle_size, states);
   for (long k = 0; k < shuffle_size; ++k) {
     shuffle.table[k] = static_cast<Real>(states[k] / (std::is_same_v<Real, float> ? common.modulus : modulus));
   }
@@ -160,7 +161,7 @@ Shuffle<Real>* shuffle_record() {
   return shuffle;
 }
 
-// State and shuffle record, seeded at the record's first touch and with the table filled if the generator asks for it or `table`.
+// State and shuffle record; the stream is seeded at the record's first touch of the kind that `touch` tells.
 template <class Half, class Real>
 bool ready(Common*& common, Shuffle<Real>*& shuffle, long Shuffle<Real>::*touch) {
   shuffle = shuffle_record<Half, Real>();
@@ -178,7 +179,7 @@ void congruential_block(Common& common, Shuffle<Real>& shuffle, long n, Real* r)
   int states[block_size];
   for (long done = 0; done < n;) {
     const long part = n - done < block_size ? n - done : block_size;
-    congruential_states(static_cast<unsigned>(common.seed), multiplier(common.generator_option), part, states);
+    congruential_states(residue(common), multiplier(common.generator_option), part, states);
     scale_states(states, part, scale, r + done);
     for (long k = done; shuffled && k < done + part; ++k) {
       Real& entry = shuffle.table[states[k - done] % shuffle_size];
@@ -233,6 +234,7 @@ void check_count(long n, const char* name) {
 template <class Half, class Real>
 void l_rnun(long n, Real* r) {
   check_count<Half>(n, "nr");
+  if (!failed<Half>() && r == nullptr) raise<Half>(5, MATH_UNEXPECTED_NULL_POINTER, {.l = {"r"}});
   if (!failed<Half>()) fill<Half>(n, r);
 }
 
@@ -290,6 +292,10 @@ template <class Half, class Real>
 void l_table_set(const Real* table) {
   Common* common = nullptr;
   Shuffle<Real>* shuffle = nullptr;
+  if (table == nullptr) {
+    raise<Half>(5, MATH_UNEXPECTED_NULL_POINTER, {.l = {"table"}});
+    return;
+  }
   if (!ready<Half>(common, shuffle, &Shuffle<Real>::table_needs_first_touch)) return;
   if (!(table[0] > 0)) {
     table_ready<Real>(*common) = 0;

@@ -23,9 +23,10 @@ T* l_return_user(Options& options) {
   return user;
 }
 
-// The caller's array or a new one that the caller of the library will own; null after an error.
+// The caller's array or a new one that the caller of the library will own; null after an error. `out` receives it later.
 template <class T>
-T* l_destination(T* user, long n) {
+T* l_destination(T** out, T* user, long n) {
+  if (!failed<Stat>() && out == nullptr) raise<Stat>(5, STAT_UNEXPECTED_NULL_POINTER, {.l = {"table"}});
   if (failed<Stat>()) return nullptr;
   T* values = user != nullptr ? user : result<Stat, T>(n);
   if (values == nullptr) raise<Stat>(5, STAT_OUT_OF_MEMORY);
@@ -34,7 +35,7 @@ T* l_destination(T* user, long n) {
 
 template <class Real>
 void l_table_get(Real** table, Options& options) {
-  Real* values = l_destination(l_return_user<Real>(options), shuffle_size);
+  Real* values = l_destination(table, l_return_user<Real>(options), shuffle_size);
   Common* common = nullptr;
   Shuffle<Real>* shuffle = nullptr;
   if (values == nullptr || !ready<Stat>(common, shuffle, &Shuffle<Real>::table_needs_first_touch)) return;
@@ -45,6 +46,10 @@ void l_table_get(Real** table, Options& options) {
 }
 
 void l_gfsr_set(const long* table) {
+  if (table == nullptr) {
+    raise<Stat>(5, STAT_UNEXPECTED_NULL_POINTER, {.l = {"table"}});
+    return;
+  }
   Common* common = l_r1int<Stat>(-2);
   if (common == nullptr) return;
   if (table[0] < 1) {
@@ -64,7 +69,7 @@ void l_gfsr_set(const long* table) {
 }
 
 void l_gfsr_get(long** table, Options& options) {
-  long* values = l_destination(l_return_user<long>(options), register_values);
+  long* values = l_destination(table, l_return_user<long>(options), register_values);
   Common* common = values == nullptr ? nullptr : l_r1int<Stat>(0);
   if (common == nullptr) return;
   if (common->gfsr_ready == 0) {
