@@ -11,7 +11,7 @@ mkdir -p build
   { tail -n 40 "$log" >&2; echo "The build failed; the whole log is in $log." >&2; exit 1; }
 cd "$OLDPWD" 2>/dev/null || true
 case "${1:-}" in
-  "") exec "$here/build/release/host/orv" "$here/examples/tour.orv" ;;
+  "") exec "$here/build/release/host/orv" "$here/examples/tour.orv" "$here/build/release/examples/orv_probe.so" ;;
   -) exec "$here/build/release/host/orv" ;;
   *) exec "$here/build/release/host/orv" "$@" ;;
 esac

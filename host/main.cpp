@@ -92,6 +92,8 @@ void find_catalogues(const fs::path& module, const fs::path& folder) {
 void start_module(const Setup& setup, orv::Interpreter& interpreter) {
   const fs::path folder = program_folder();
   interpreter.set_path(routine_path(folder));
+  interpreter.set_module_path({folder.string(), (folder.parent_path() / "lib").string(), folder.parent_path().string(),
+                               (folder.parent_path() / "examples").string()});
   if (setup.no_module) return;
   const fs::path module = find_module(setup, folder);
   if (module.empty()) {
@@ -99,8 +101,7 @@ void start_module(const Setup& setup, orv::Interpreter& interpreter) {
     return;
   }
   find_catalogues(module, folder);
-  orv::load_module(fs::absolute(module).string());
-  interpreter.names_changed();
+  interpreter.load_module(fs::absolute(module).string());
 }
 
 void report(const orv::Error& error) {

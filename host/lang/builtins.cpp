@@ -215,8 +215,7 @@ void format(const Arguments& a, Value& result) {
 // ---- The rest ----
 
 void load(const Arguments& a, Value&) {
-  load_module(a[0].to_text());
-  a.interpreter.names_changed();
+  a.interpreter.load_module(a[0].to_text());
 }
 void time_(const Arguments&, Value& result) {
   const auto now = std::chrono::system_clock::now().time_since_epoch();

@@ -80,9 +80,10 @@ class Interpreter {
   void set_printer(Printer printer, void* context);
   void print(std::string_view text) const;
   void set_path(std::vector<std::string> folders);  // where routine files are looked for
-  const std::vector<std::string>& path() const {
-    return path_;
+  void set_module_path(std::vector<std::string> folders) {  // where load_module looks for a name without a folder
+    module_path_ = std::move(folders);
   }
+  void load_module(const std::string& name);
   std::string help(const std::string& name);  // "" for the list of all
   [[noreturn]] void exit(int status);
   void names_changed() {  // what a name means may be different now
@@ -210,6 +211,7 @@ class Interpreter {
   std::map<std::string, const Function*, std::less<>> routines_;  // loaded from the path
   std::deque<std::string> file_names_;
   std::vector<std::string> path_;
+  std::vector<std::string> module_path_;
   long epoch_ = 0;
   const Function* last_called_ = nullptr;  // by a module
   long last_epoch_ = -1;

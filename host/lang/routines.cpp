@@ -43,6 +43,21 @@ void Interpreter::set_path(std::vector<std::string> folders) {
   path_ = std::move(folders);
 }
 
+void Interpreter::load_module(const std::string& name) {
+  std::string file = name;
+  std::error_code ignored;
+  if (name.find('/') == std::string::npos) {
+    for (const std::string& folder : module_path_) {
+      const std::filesystem::path place = std::filesystem::path(folder) / name;
+      if (!std::filesystem::exists(place, ignored)) continue;
+      file = place.string();
+      break;
+    }
+  }
+  orv::load_module(file);
+  names_changed();
+}
+
 void Interpreter::define(std::unique_ptr<Function> function, std::map<std::string, const Function*, std::less<>>& table) {
   table[function->name] = function.get();
   functions_.push_back(std::move(function));
