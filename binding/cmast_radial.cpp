@@ -93,8 +93,8 @@ long get_fit(ORV_VARIABLE* structure, typename Form::Fit& fit) {
       __builtin_add_overflow(*centers, *extra, &weights_bytes) || __builtin_mul_overflow(weights_bytes, size, &weights_bytes)) {
     return 0;
   }
-  const TagSpan spans[] = {{dimension, sizeof(long)}, {centers, sizeof(long)},  {extra, sizeof(long)},     {delta, size},
-                           {name, sizeof *name},      {points, points_bytes}, {weights, weights_bytes}};
+  const TagSpan spans[] = {{dimension, sizeof(long)}, {centers, sizeof(long)}, {extra, sizeof(long)},   {delta, size},
+                           {name, sizeof *name},      {points, points_bytes},  {weights, weights_bytes}};
   if (!disjoint(spans)) return 0;
   fit = {};
   fit.dimension = *dimension;

@@ -1,5 +1,5 @@
-// Memory behind the tags of a structure that a user may have made. An address alone does not say how much stands behind it, but no
-// tag reaches into another.
+// Memory behind the tags of a structure that a user may have made. An address alone does not say how much stands behind it, but
+// no tag reaches into another.
 #pragma once
 
 namespace zent::binding {

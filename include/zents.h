@@ -49,7 +49,8 @@ ZENT_API long zents_random_substream_seed_get(long seed);
 
 /* The shuffle table of 128 entries of a precision. Set: a first entry that is not positive has it rebuilt from the seed; else the
  * first entry outside (0, 1) raises 11031 (type 5), with those before it stored. Get: into *table a new array, or the caller's with
- * ZENTS_RETURN_USER; 11001 for another option. */
+ * ZENTS_RETURN_USER; 11001 for another option. A null table raises 150 here and below. A table built in single precision can hold 1:
+ * the quotients of the 64 greatest states round up to it. */
 ZENT_API void zents_f_random_table_set(float *table);
 ZENT_API void zents_d_random_table_set(double *table);
 ZENT_API void zents_f_random_table_get(float **table, ...);

@@ -60,6 +60,10 @@ struct ErrorStorage {
   static ErrorState state;
   static ChecksumProcedure checksum;
 };
+extern template ErrorState ErrorStorage<Math>::state;
+extern template ErrorState ErrorStorage<Stat>::state;
+extern template ChecksumProcedure ErrorStorage<Math>::checksum;
+extern template ChecksumProcedure ErrorStorage<Stat>::checksum;
 template <class Half>
 inline constexpr ErrorState& error_state = ErrorStorage<Half>::state;
 template <class Half>
@@ -107,7 +111,8 @@ inline void pop(const char* name) {
   if (state.signal_jump != 0 || state.top->name != name || state.top == state.frame) [[unlikely]]
     pop_settle<Half>(name);
   const Frame* top = state.top;
-  if (top[-1].user && (state.message[0] != '\0' || state.stop_flag[top->type])) [[unlikely]]
+  // A call without an error leaves alone what an outer one has waiting.
+  if (top->type != 0 && top[-1].user && (state.message[0] != '\0' || state.stop_flag[top->type])) [[unlikely]]
     deliver<Half>();
   climb(state);
   state.type_word[1] = top->type;

@@ -44,6 +44,13 @@ template <class Half>
 struct Writer {
   long used = 0;
 
+  Writer() {  // after a shortage of memory (a print procedure or an exit handler may raise again) only the first bytes serve
+    ErrorState& state = error_state<Half>;
+    if (state.message != out_of_memory_text) return;
+    state.message = state.first_message;
+    state.message_capacity = message_bytes;
+  }
+
   void put(char c) {
     reserve<Half>(used, 1);
     error_state<Half>.message[used++] = c;

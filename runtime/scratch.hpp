@@ -25,6 +25,8 @@ template <class Half>
 struct ScratchStorage {
   static void* newest;
 };
+extern template void* ScratchStorage<Math>::newest;
+extern template void* ScratchStorage<Stat>::newest;
 template <class Half>
 inline constexpr void*& scratch_newest = ScratchStorage<Half>::newest;
 template <class Half>

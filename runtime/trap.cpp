@@ -134,7 +134,7 @@ void trap_mark(zent_trap_state* state) {
 
 template <class Half>
 void trap_release(const zent_trap_state* state) {
-  unwind_traps<Half>(state->trap_depth);
+  trap_caught<Half>(state->trap_depth);  // the jump may have left a handler of the trap, whose signal is then no longer caught
   error_state<Half>.jump_depth = state->jump_depth;
   scratch_release<Half>(state->scratch);
 }

@@ -15,6 +15,12 @@ struct TrapStorage {
   static long status, depth;
   static bool installed[trap_depth_limit];
 };
+extern template long TrapStorage<Math>::status;
+extern template long TrapStorage<Stat>::status;
+extern template long TrapStorage<Math>::depth;
+extern template long TrapStorage<Stat>::depth;
+extern template bool TrapStorage<Math>::installed[trap_depth_limit];
+extern template bool TrapStorage<Stat>::installed[trap_depth_limit];
 
 // Process-wide switch of the half, 1 at first.
 template <class Half>

@@ -1,4 +1,5 @@
-// The tree that the interpreter walks. Variables are resolved to slots while parsing, so nothing is looked up by name when it runs.
+// The tree that the interpreter walks. Variables are resolved to slots while parsing, so nothing is looked up by name when it
+// runs.
 #pragma once
 
 #include <map>
@@ -16,7 +17,22 @@ struct Expr;
 struct Stmt;
 using ExprPtr = std::unique_ptr<Expr>;
 
-enum class ExprKind { constant, none, local, global, unary, binary, logical_and, logical_or, range, array, structure, index, field, call };
+enum class ExprKind {
+  constant,
+  none,
+  local,
+  global,
+  unary,
+  binary,
+  logical_and,
+  logical_or,
+  range,
+  array,
+  structure,
+  index,
+  field,
+  call
+};
 
 struct Expr {
   ExprKind kind = ExprKind::none;
@@ -30,9 +46,9 @@ struct Expr {
   Value* global = nullptr;  // global
   Unary unary = Unary::negate;
   Binary binary = Binary::add;
-  std::string name;                     // variable, field, routine
-  std::vector<ExprPtr> kids;            // operands, elements, arguments; range: first, last, step (null when left out)
-  std::vector<std::string> names;       // structure: tags; call: keyword of each argument, empty if positional
+  std::string name;                // variable, field, routine
+  std::vector<ExprPtr> kids;       // operands, elements, arguments; range: first, last, step (null when left out)
+  std::vector<std::string> names;  // structure: tags; call: keyword of each argument, empty if positional
   // What the routine name of a call meant when it was last looked up, valid while the interpreter's epoch is the same.
   enum class Target { unknown, user, builtin, elementwise, module };
   mutable Target target = Target::unknown;
@@ -58,7 +74,7 @@ struct Block {
 struct Stmt {
   StmtKind kind = StmtKind::expression;
   int line = 0;
-  ExprPtr target;                 // assignment; loop variable; variable of catch
+  ExprPtr target;  // assignment; loop variable; variable of catch
   ExprPtr value;
   std::vector<ExprPtr> conditions;  // if: one for each block but a last else
   std::vector<Block> blocks;

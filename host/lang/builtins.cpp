@@ -20,8 +20,8 @@ int type_code(const Arguments& a, const Value& keyword, int otherwise) {
   const std::string name = keyword.to_text();
   for (int code : {ORV_TYP_BYTE, ORV_TYP_FLOAT, ORV_TYP_DOUBLE, ORV_TYP_COMPLEX, ORV_TYP_STRING, ORV_TYP_DCOMPLEX, ORV_TYP_INT64})
     if (type_name(code) == name) return code;
-  expected(a, "type= to be \"byte\", \"integer\", \"float\", \"double\", \"" + type_name(ORV_TYP_COMPLEX) + "\", \"" + type_name(ORV_TYP_DCOMPLEX) +
-                  "\" or \"string\", found \"" + name + "\"");
+  expected(a, "type= to be \"byte\", \"integer\", \"float\", \"double\", \"" + type_name(ORV_TYP_COMPLEX) + "\", \"" +
+                  type_name(ORV_TYP_DCOMPLEX) + "\" or \"string\", found \"" + name + "\"");
 }
 
 Dims shape_of(const Arguments& a, int first) {
@@ -39,7 +39,8 @@ Dims shape_of(const Arguments& a, int first) {
 
 void print(const Arguments& a, Value&) {
   std::string line;
-  for (int k = 0; k < a.count; ++k) line += (k ? " " : "") + (a[k].is_text() && !a[k].is_array() ? a[k].to_text() : to_display(a[k]));
+  for (int k = 0; k < a.count; ++k)
+    line += (k ? " " : "") + (a[k].is_text() && !a[k].is_array() ? a[k].to_text() : to_display(a[k]));
   a.interpreter.print(line + "\n");
 }
 void help(const Arguments& a, Value&) {
@@ -87,7 +88,8 @@ void linspace(const Arguments& a, Value& result) {
   if (n < 2) expected(a, "at least 2 values, found " + std::to_string(n));
   result = Value::array(ORV_TYP_DOUBLE, {n});
   auto* data = static_cast<double*>(result.writable());
-  for (long k = 0; k < n; ++k) data[k] = k == n - 1 ? last : first + (last - first) * (static_cast<double>(k) / static_cast<double>(n - 1));
+  for (long k = 0; k < n; ++k)
+    data[k] = k == n - 1 ? last : first + (last - first) * (static_cast<double>(k) / static_cast<double>(n - 1));
 }
 void concat(const Arguments& a, Value& result) {
   std::vector<Value> items;
@@ -209,7 +211,8 @@ void text(const Arguments& a, Value& result) {
   result = Value::text(a[0].is_text() && !a[0].is_array() ? a[0].to_text() : to_display(a[0]));
 }
 void format(const Arguments& a, Value& result) {
-  result = Value::text(format_text(a[0].to_text(), std::span<const Value>(a.positional + 1, static_cast<std::size_t>(a.count - 1))));
+  result =
+      Value::text(format_text(a[0].to_text(), std::span<const Value>(a.positional + 1, static_cast<std::size_t>(a.count - 1))));
 }
 
 // ---- The rest ----

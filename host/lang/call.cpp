@@ -30,7 +30,8 @@ std::string counted(long n, const char* what) {
 void Interpreter::enter() {
   check_interrupt();
   if (depth_ >= deepest_call || static_cast<const char*>(__builtin_frame_address(0)) < stack_limit_) {
-    throw Error("ERROR", "calls are nested too deep (" + std::to_string(depth_) + " levels, at most " + std::to_string(deepest_call) + ")");
+    throw Error("ERROR", "calls are nested too deep (" + std::to_string(depth_) + " levels, at most " +
+                             std::to_string(deepest_call) + ")");
   }
   ++depth_;
 }
@@ -78,7 +79,8 @@ void Interpreter::call(const Expr& e, Value& result, bool as_statement) {
       return call_elementwise(e, result);
     default:
       if (!as_statement)
-        throw Error("ERROR", "'" + e.name + "' is a procedure of a module: call it as a statement, results come back through its arguments");
+        throw Error("ERROR", "'" + e.name +
+                                 "' is a procedure of a module: call it as a statement, results come back through its arguments");
       return call_module(e);
   }
 }
@@ -100,13 +102,15 @@ std::size_t Interpreter::parameter_of(const Expr& e, const Function& f, std::siz
   }
   std::string known;
   for (const Parameter& p : f.parameters) known += (known.empty() ? "" : ", ") + p.name;
-  throw Error("ERROR", "'" + f.name + "' has no argument '" + keyword + "'; expected one of: " + (known.empty() ? "(none)" : known));
+  throw Error("ERROR",
+              "'" + f.name + "' has no argument '" + keyword + "'; expected one of: " + (known.empty() ? "(none)" : known));
 }
 
 void Interpreter::call_user(const Expr& e, const Function& f, Value& result) {
   const std::size_t n = e.kids.size();
   if (n > f.parameters.size()) {
-    throw Error("ERROR", "'" + f.name + "' expected at most " + counted(static_cast<long>(f.parameters.size()), "argument") + ", found " + std::to_string(n));
+    throw Error("ERROR", "'" + f.name + "' expected at most " + counted(static_cast<long>(f.parameters.size()), "argument") +
+                             ", found " + std::to_string(n));
   }
   Value* const frame = top_;
   for (int k = 0; k < f.slots; ++k) push();
@@ -178,7 +182,8 @@ void Interpreter::call_builtin(const Expr& e, const Builtin& builtin, Value& res
   for (std::size_t k = static_cast<std::size_t>(count); k < n; ++k) {
     std::size_t at = 0;
     while (at < builtin.keywords.size() && builtin.keywords[at] != e.names[k]) ++at;
-    if (at == builtin.keywords.size()) throw Error("ERROR", "'" + e.name + "' has no keyword '" + e.names[k] + "'; expected " + builtin.usage);
+    if (at == builtin.keywords.size())
+      throw Error("ERROR", "'" + e.name + "' has no keyword '" + e.names[k] + "'; expected " + builtin.usage);
     argument_value(*e.kids[k], false, keywords[at]);
   }
   builtin.run(Arguments{*this, builtin, mark, count, keywords}, result);
@@ -201,7 +206,8 @@ void Interpreter::call_module(const Expr& e) {
   const std::size_t n = e.kids.size();
   auto** arguments = static_cast<Value**>(alloca((n + 1) * sizeof(Value*)));
   for (std::size_t k = 0; k < n; ++k) {
-    if (!e.names[k].empty()) throw Error("ERROR", "'" + e.name + "' is a procedure of a module and takes positional arguments only");
+    if (!e.names[k].empty())
+      throw Error("ERROR", "'" + e.name + "' is a procedure of a module and takes positional arguments only");
     if (is_variable(*e.kids[k])) {
       arguments[k] = &slot_of(*e.kids[k]);
     } else {
@@ -261,10 +267,11 @@ Value Interpreter::run_from_module(const char* name, bool is_function, std::span
     return result;
   }
   if (f->is_procedure == is_function)
-    throw Error("ERROR", "'" + f->name + "' is a " + (is_function ? "procedure; expected a function" : "function; expected a procedure"));
+    throw Error("ERROR",
+                "'" + f->name + "' is a " + (is_function ? "procedure; expected a function" : "function; expected a procedure"));
   if (n > f->parameters.size())
-    throw Error("ERROR", "the user routine '" + f->name + "' is called with " + counted(static_cast<long>(n), "argument") + ", but it has " +
-                             counted(static_cast<long>(f->parameters.size()), "parameter"));
+    throw Error("ERROR", "the user routine '" + f->name + "' is called with " + counted(static_cast<long>(n), "argument") +
+                             ", but it has " + counted(static_cast<long>(f->parameters.size()), "parameter"));
   Value& result = *push();
   Value* const frame = top_;
   for (int k = 0; k < f->slots; ++k) push();

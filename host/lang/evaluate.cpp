@@ -181,7 +181,8 @@ void Interpreter::evaluate_fully(const Expr& e, Value& result) {
       return evaluate_index(e, result);
     case ExprKind::field:
       evaluate(*e.kids[0], result);
-      if (result.type() != ORV_TYP_STRUCT) throw Error("ERROR", "'." + e.name + "' expected a structure, found " + describe(result));
+      if (result.type() != ORV_TYP_STRUCT)
+        throw Error("ERROR", "'." + e.name + "' expected a structure, found " + describe(result));
       result = result.tag(upper(e.name));
       return;
     case ExprKind::call:
@@ -214,7 +215,8 @@ Interpreter::Range Interpreter::range_of(const Expr& e) {
   bool whole = true;
   for (int k = 0; k < 3; ++k) {
     if (e.kids[static_cast<std::size_t>(k)]) evaluate(*e.kids[static_cast<std::size_t>(k)], *parts[k]);
-    if (parts[k]->is_text() || parts[k]->count() != 1) throw Error("ERROR", "a range expected numbers, found " + describe(*parts[k]));
+    if (parts[k]->is_text() || parts[k]->count() != 1)
+      throw Error("ERROR", "a range expected numbers, found " + describe(*parts[k]));
     whole = whole && (parts[k]->type() == ORV_TYP_INT64 || parts[k]->type() == ORV_TYP_BYTE);
   }
   Range r{};
@@ -235,7 +237,9 @@ Interpreter::Range Interpreter::range_of(const Expr& e) {
     if (r.step == 0 || !std::isfinite(steps)) throw Error("ERROR", "a range expected finite values and a step that is not 0");
     // The last value counts although rounding left the quotient a little short of it.
     const double whole_steps = std::floor(steps + 1e-10 * std::max(1.0, std::fabs(steps)));
-    r.count = whole_steps < 0 ? 0 : whole_steps >= static_cast<double>(longest_range) ? longest_range + 1 : static_cast<long>(whole_steps) + 1;
+    r.count = whole_steps < 0                                     ? 0
+              : whole_steps >= static_cast<double>(longest_range) ? longest_range + 1
+                                                                  : static_cast<long>(whole_steps) + 1;
   }
   if (r.count > longest_range) throw Error("ERROR", "the range has more than 2^31 values");
   unwind(mark);
@@ -322,7 +326,8 @@ Subscript list_subscript(const Value& v, long extent) {
   s.kind = Subscript::list;
   const bool mask = v.type() == ORV_TYP_BYTE;
   if (mask && v.count() != extent)
-    throw Error("ERROR", "a mask of " + std::to_string(v.count()) + " elements selects from an extent of " + std::to_string(extent));
+    throw Error("ERROR",
+                "a mask of " + std::to_string(v.count()) + " elements selects from an extent of " + std::to_string(extent));
   for (long k = 0; k < v.count(); ++k) {
     if (!mask) {
       s.indices.push_back(resolved(v.element(k), extent));
@@ -355,7 +360,8 @@ std::vector<Subscript> Interpreter::subscripts(const Expr& e, const Value& array
   const Dims& dims = array.dims();
   const bool flat = n == 1 && dims.size() != 1;
   if (!flat && n != dims.size()) {
-    throw Error("ERROR", "expected " + std::to_string(dims.size()) + " subscripts (or one) for " + describe(array) + ", found " + std::to_string(n));
+    throw Error("ERROR", "expected " + std::to_string(dims.size()) + " subscripts (or one) for " + describe(array) + ", found " +
+                             std::to_string(n));
   }
   std::vector<Subscript> result;
   for (std::size_t k = 0; k < n; ++k) {

@@ -22,7 +22,8 @@ Field read_field(const std::string& format, std::size_t& at) {
     int value = 0;
     while (here() >= '0' && here() <= '9') {
       value = value * 10 + (here() - '0');
-      if (value > widest_field) throw Error("ERROR", std::string("the ") + what + " of a format may be at most " + std::to_string(widest_field));
+      if (value > widest_field)
+        throw Error("ERROR", std::string("the ") + what + " of a format may be at most " + std::to_string(widest_field));
       field.flags += format[at++];
     }
   };
@@ -113,7 +114,9 @@ std::string format_text(const std::string& format, std::span<const Value> values
       result += one(field, flat[used++]);
     }
   }
-  if (used != flat.size()) throw Error("ERROR", "the format takes " + std::to_string(used) + " values, but " + std::to_string(flat.size()) + " are given");
+  if (used != flat.size())
+    throw Error("ERROR",
+                "the format takes " + std::to_string(used) + " values, but " + std::to_string(flat.size()) + " are given");
   return result;
 }
 
@@ -123,12 +126,15 @@ Value stack_values(std::span<const Value> values) {
   for (const Value& v : values) {
     if (!v.defined()) throw Error("ERROR", "an element of the array is not defined");
     type = joint_type(type, v.type());
-    if (type == ORV_TYP_UNDEF) throw Error("ERROR", "the elements of an array expected one kind, found " + describe(values[0]) + " and " + describe(v));
-    if (v.dims() != values[0].dims()) throw Error("ERROR", "the elements of an array expected one shape, found " + describe(values[0]) + " and " + describe(v));
+    if (type == ORV_TYP_UNDEF)
+      throw Error("ERROR", "the elements of an array expected one kind, found " + describe(values[0]) + " and " + describe(v));
+    if (v.dims() != values[0].dims())
+      throw Error("ERROR", "the elements of an array expected one shape, found " + describe(values[0]) + " and " + describe(v));
   }
   Dims dims = values[0].dims();
   dims.insert(dims.begin(), static_cast<long>(values.size()));
-  Value result = type == ORV_TYP_STRUCT ? Value::structure(values[0].definition(), dims[0]).reshaped(dims) : Value::array(type, dims);
+  Value result =
+      type == ORV_TYP_STRUCT ? Value::structure(values[0].definition(), dims[0]).reshaped(dims) : Value::array(type, dims);
   const long each = values[0].count();
   for (std::size_t k = 0; k < values.size(); ++k)
     for (long j = 0; j < each; ++j) result.set_element(static_cast<long>(k) * each + j, values[k].element(j));
@@ -151,7 +157,8 @@ Value build_structure(const std::vector<std::pair<std::string, Value>>& fields) 
 }
 
 void set_field(Value& structure, const std::string& name, const Value& value) {
-  if (structure.type() != ORV_TYP_STRUCT || structure.is_array()) throw Error("ERROR", "'." + name + "' expected a structure, found " + describe(structure));
+  if (structure.type() != ORV_TYP_STRUCT || structure.is_array())
+    throw Error("ERROR", "'." + name + "' expected a structure, found " + describe(structure));
   if (!value.defined()) throw Error("ERROR", "the field '" + name + "' cannot be set to a value that is not defined");
   std::string tag = name;
   for (char& c : tag)
@@ -164,7 +171,8 @@ void set_field(Value& structure, const std::string& name, const Value& value) {
     if (!same) continue;
     known = true;
     const Value old = structure.tag(other);
-    if (old.type() == value.type() && old.dims() == value.dims() && value.type() != ORV_TYP_STRUCT) return structure.set_tag(tag, value);
+    if (old.type() == value.type() && old.dims() == value.dims() && value.type() != ORV_TYP_STRUCT)
+      return structure.set_tag(tag, value);
   }
   if (!known) fields.emplace_back(tag, value);
   structure = build_structure(fields);

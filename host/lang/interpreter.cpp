@@ -23,7 +23,8 @@ void print_to_stdout(void*, std::string_view text) {
 const char* machine_stack_limit() {
   rlimit limit{};
   std::size_t size = std::size_t{8} << 20;
-  if (getrlimit(RLIMIT_STACK, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY) size = std::min<std::size_t>(limit.rlim_cur, std::size_t{64} << 20);
+  if (getrlimit(RLIMIT_STACK, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY)
+    size = std::min<std::size_t>(limit.rlim_cur, std::size_t{64} << 20);
   const char* here = static_cast<const char*>(__builtin_frame_address(0));
   return here - size / 4 * 3;
 }
@@ -31,7 +32,8 @@ const char* machine_stack_limit() {
 }  // namespace
 
 Value error_value(const Error& error) {
-  static const ORV_SDEF definition = define_structure({{"NAME", Value::text("")}, {"MESSAGE", Value::text("")}, {"FILE", Value::text("")}, {"LINE", Value::integer(0)}});
+  static const ORV_SDEF definition = define_structure(
+      {{"NAME", Value::text("")}, {"MESSAGE", Value::text("")}, {"FILE", Value::text("")}, {"LINE", Value::integer(0)}});
   Value v = Value::structure(definition, -1);
   v.set_tag("NAME", Value::text(error.name.empty() ? "ERROR" : error.name));
   v.set_tag("MESSAGE", Value::text(error.what()));
@@ -293,7 +295,8 @@ Interpreter::Flow Interpreter::run_for_range(const Stmt& s) {
   const Range r = range_of(*s.value);
   Flow flow = Flow::next;
   for (long k = 0; k < r.count; ++k) {
-    slot_of(*s.target) = r.real ? Value::real(r.first + static_cast<double>(k) * r.step) : Value::integer(r.whole_first + k * r.whole_step);
+    slot_of(*s.target) =
+        r.real ? Value::real(r.first + static_cast<double>(k) * r.step) : Value::integer(r.whole_first + k * r.whole_step);
     if (!turn(s, flow)) break;
   }
   return flow;
@@ -329,8 +332,7 @@ void Interpreter::run_throw(const Stmt& s) {
   Value& value = *push();
   evaluate(*s.value, value);
   if (value.is_text()) throw Error("THROWN", value.to_text());
-  if (value.type() != ORV_TYP_STRUCT)
-    throw Error("ERROR", "throw expected a text or a caught error, found " + describe(value));
+  if (value.type() != ORV_TYP_STRUCT) throw Error("ERROR", "throw expected a text or a caught error, found " + describe(value));
   Error e("THROWN", "");
   std::string message;
   for (const std::string& tag : value.tags()) {

@@ -1,8 +1,8 @@
 // Runs programs of the language.
 //
 // All values that live while other code of a program runs (local variables, operands, arguments) stand on one stack of the
-// interpreter, and the C++ frames hold only pointers into it. A library that traps a fault inside a user routine jumps over the frames of
-// the interpreter; whoever called the library then unwinds the stack to where it stood, and nothing is lost.
+// interpreter, and the C++ frames hold only pointers into it. A library that traps a fault inside a user routine jumps over the
+// frames of the interpreter; whoever called the library then unwinds the stack to where it stood, and nothing is lost.
 #pragma once
 
 #include <deque>
@@ -79,7 +79,7 @@ class Interpreter {
 
   void set_printer(Printer printer, void* context);
   void print(std::string_view text) const;
-  void set_path(std::vector<std::string> folders);  // where routine files are looked for
+  void set_path(std::vector<std::string> folders);          // where routine files are looked for
   void set_module_path(std::vector<std::string> folders) {  // where load_module looks for a name without a folder
     module_path_ = std::move(folders);
   }

@@ -123,7 +123,8 @@ class Lexer {
     Token& token = start(Tok::string);
     ++at_;
     for (;;) {
-      if (at_ >= text_.size() || peek() == '\n') fail("the string that starts in column " + std::to_string(token.column) + " has no closing quote");
+      if (at_ >= text_.size() || peek() == '\n')
+        fail("the string that starts in column " + std::to_string(token.column) + " has no closing quote");
       const char c = text_[at_++];
       if (c == '"') return;
       if (c == '\0') fail("a string cannot hold a zero byte");
@@ -146,7 +147,8 @@ class Lexer {
         return c;
       case 'x': {
         int code = 0;
-        if (at_ + 2 <= text_.size() && std::from_chars(&text_[at_], &text_[at_] + 2, code, 16).ptr == &text_[at_] + 2 && code > 0) {
+        if (at_ + 2 <= text_.size() && std::from_chars(&text_[at_], &text_[at_] + 2, code, 16).ptr == &text_[at_] + 2 &&
+            code > 0) {
           at_ += 2;
           return static_cast<char>(code);
         }

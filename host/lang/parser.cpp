@@ -8,13 +8,13 @@
 namespace orv {
 namespace {
 
-constexpr int deepest_nesting = 200;    // statements and expressions inside each other
+constexpr int deepest_nesting = 200;      // statements and expressions inside each other
 constexpr int deepest_expression = 1000;  // operators chained in one expression
 constexpr std::size_t most_arguments = 255;
 
 const std::set<std::string, std::less<>> reserved = {
-    "if",  "else", "end", "while", "for",   "break", "continue", "return", "try", "catch", "throw", "function", "procedure",
-    "mod", "and",  "or",  "not",   "true",  "false", "none",  "pi",       "inf",    "nan", "global"};
+    "if",        "else", "end", "while", "for", "break", "continue", "return", "try", "catch", "throw", "function",
+    "procedure", "mod",  "and", "or",    "not", "true",  "false",    "none",   "pi",  "inf",   "nan",   "global"};
 
 struct Scope {
   std::unordered_map<std::string, int> slots;
@@ -183,9 +183,9 @@ class Parser {
     return e;
   }
   ExprPtr comparison() {
-    static const std::unordered_map<std::string, Binary> table = {
-        {"==", Binary::equal}, {"!=", Binary::not_equal}, {"<", Binary::less}, {"<=", Binary::less_equal}, {">", Binary::greater},
-        {">=", Binary::greater_equal}};
+    static const std::unordered_map<std::string, Binary> table = {{"==", Binary::equal},  {"!=", Binary::not_equal},
+                                                                  {"<", Binary::less},    {"<=", Binary::less_equal},
+                                                                  {">", Binary::greater}, {">=", Binary::greater_equal}};
     ExprPtr left = range();
     while (peek().kind == Tok::op && table.count(peek().text)) {
       const Binary op = table.at(take().text);
@@ -240,6 +240,7 @@ class Parser {
   ExprPtr power() {
     ExprPtr base = postfix();
     if (!accept("^")) return base;
+    const Nesting nesting(*this);
     return binary(Binary::power, std::move(base), signed_operand());
   }
 
@@ -426,16 +427,30 @@ class Parser {
       }
       if (token.text == "function" || token.text == "procedure")
         fail(token, "a " + token.text + " is defined at the top level, not inside a block");
-      if (token.text == "end" || token.text == "else" || token.text == "catch") fail(token, "'" + token.text + "' closes nothing");
+      if (token.text == "end" || token.text == "else" || token.text == "catch")
+        fail(token, "'" + token.text + "' closes nothing");
     }
     simple(b);
+  }
+  // print and help take their arguments without brackets too: "print (1 + 2) * 3, x", but not in "print(1, x)".
+  bool is_command() const {
+    if (!is("print") && !is("help")) return false;
+    const Token& after = peek(1);
+    if (after.kind != Tok::op || after.text == "[" || after.text == "{" || after.text == "-" || after.text == "+") return true;
+    if (after.text != "(") return false;
+    std::size_t at = 1;
+    for (int open = 0; peek(at).kind != Tok::end; ++at) {
+      if (peek(at).kind != Tok::op) continue;
+      if (peek(at).text == "(") ++open;
+      if (peek(at).text == ")" && --open == 0) break;
+    }
+    return peek(at + 1).kind != Tok::newline && peek(at + 1).kind != Tok::end;
   }
   void simple(Block& b) {
     Stmt& s = add(b, StmtKind::expression);
     const Token& after = peek(1);
     const bool bare = after.kind == Tok::newline || after.kind == Tok::end;
-    const bool command = is("print") || is("help");
-    if ((command && after.kind != Tok::op) || (bare && (is("exit") || is("quit")))) {
+    if (is_command() || (bare && (is("exit") || is("quit")))) {
       s.value = make(ExprKind::call);
       s.value->name = take().text;
       while (peek().kind != Tok::newline && peek().kind != Tok::end) {
@@ -550,7 +565,8 @@ class Parser {
     program_.functions.push_back(std::move(f));
   }
   void parameter(Function& f) {
-    if (f.parameters.size() >= most_arguments) fail(peek(), "a routine has at most " + std::to_string(most_arguments) + " parameters");
+    if (f.parameters.size() >= most_arguments)
+      fail(peek(), "a routine has at most " + std::to_string(most_arguments) + " parameters");
     Parameter p;
     if (is("out") && peek(1).kind == Tok::name) {
       p.output = true;
@@ -558,13 +574,15 @@ class Parser {
     }
     const Token& token = peek();
     p.name = new_name("the name of a parameter");
-    if (!scope_->slots.emplace(p.name, static_cast<int>(scope_->slots.size())).second) fail(token, "the parameter '" + p.name + "' stands twice");
+    if (!scope_->slots.emplace(p.name, static_cast<int>(scope_->slots.size())).second)
+      fail(token, "the parameter '" + p.name + "' stands twice");
     scope_->parameters = scope_->slots.size();
     if (accept("=")) p.fallback = expression();
     const bool gap = !p.fallback && !f.parameters.empty() && f.parameters.back().fallback && !f.parameters.back().output;
     if (gap && !p.output) fail(token, "the parameter '" + p.name + "' needs a default, for the one before it has one");
     // A default that used a later name would have taken a slot between the parameters.
-    if (scope_->slots.size() != f.parameters.size() + 1) fail(token, "the default of '" + p.name + "' uses a variable that is not a parameter before it");
+    if (scope_->slots.size() != f.parameters.size() + 1)
+      fail(token, "the default of '" + p.name + "' uses a variable that is not a parameter before it");
     f.parameters.push_back(std::move(p));
   }
 
@@ -582,7 +600,8 @@ class Parser {
 
 }  // namespace
 
-Program parse(std::string_view text, const std::string& file, const std::function<Value*(const std::string&)>& global, int first_line) {
+Program parse(std::string_view text, const std::string& file, const std::function<Value*(const std::string&)>& global,
+              int first_line) {
   return Parser(tokenize(text, file, first_line), file, global).run();
 }
 

@@ -10,8 +10,8 @@
 
 namespace orv {
 
-// Parses a program. `file` must outlive the tree. `global` gives the storage of a variable at the top level; its address must stay
-// valid as long as the tree. Throws SyntaxError.
+// Parses a program. `file` must outlive the tree. `global` gives the storage of a variable at the top level; its address must
+// stay valid as long as the tree. Throws SyntaxError.
 Program parse(std::string_view text, const std::string& file, const std::function<Value*(const std::string&)>& global,
               int first_line = 1);
 

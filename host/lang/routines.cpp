@@ -24,12 +24,14 @@ std::string help_text(const std::string& text) {
   std::istringstream in(text);
   std::string line;
   std::string help;
-  while (std::getline(in, line) && line.rfind("//!", 0) == 0) help += (line.size() > 3 && line[3] == ' ' ? line.substr(4) : line.substr(3)) + "\n";
+  while (std::getline(in, line) && line.rfind("//!", 0) == 0)
+    help += (line.size() > 3 && line[3] == ' ' ? line.substr(4) : line.substr(3)) + "\n";
   return help;
 }
 
 bool is_name(const std::string& name) {
-  return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_'; });
+  return !name.empty() && std::all_of(name.begin(), name.end(),
+                                      [](char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_'; });
 }
 
 std::string padded(std::string text, std::size_t width) {
@@ -80,7 +82,8 @@ const Function* Interpreter::load_routine(const std::string& name) {
     };
     if (!program.body.statements.empty()) refuse("a routine file may hold only functions and procedures");
     const auto named = [&](const auto& f) { return f->name == name; };
-    if (std::none_of(program.functions.begin(), program.functions.end(), named)) refuse("the file defines no function or procedure '" + name + "'");
+    if (std::none_of(program.functions.begin(), program.functions.end(), named))
+      refuse("the file defines no function or procedure '" + name + "'");
     Unit& unit = units_.emplace_back();
     for (auto& f : program.functions) {
       f->unit = &unit;
@@ -104,8 +107,10 @@ std::string Interpreter::help(const std::string& wanted) {
       routines.emplace(entry.path().stem().string(), help_text(text));
     }
   }
-  if (const auto found = routines.find(name); found != routines.end()) return found->second.empty() ? name + " has no help text\n" : found->second;
-  if (const auto found = builtins().find(name); found != builtins().end()) return std::string(found->second.usage) + "\n  " + found->second.summary + "\n";
+  if (const auto found = routines.find(name); found != routines.end())
+    return found->second.empty() ? name + " has no help text\n" : found->second;
+  if (const auto found = builtins().find(name); found != builtins().end())
+    return std::string(found->second.usage) + "\n  " + found->second.summary + "\n";
   if (!name.empty() && is_elementwise(name)) return name + "(x)\n  the function of that name, element by element\n";
   if (!name.empty() && has_procedure(name)) return name + " is a procedure of a loaded module\n";
   if (!name.empty()) throw Error("ERROR", "there is no help for '" + wanted + "'; help without an argument lists all routines");
@@ -114,7 +119,8 @@ std::string Interpreter::help(const std::string& wanted) {
   for (const auto& [routine, text] : routines) list += "  " + padded(routine, 14) + text.substr(0, text.find('\n')) + "\n";
   list += "Built in:\n";
   for (const auto& [builtin, row] : builtins()) list += "  " + padded(builtin, 14) + row.summary + "\n";
-  list += "  abs sqrt exp log log10 sin cos tan asin acos atan sinh cosh tanh floor ceil round real imag conj: element by element\n";
+  list +=
+      "  abs sqrt exp log log10 sin cos tan asin acos atan sinh cosh tanh floor ceil round real imag conj: element by element\n";
   return list;
 }
 

@@ -77,6 +77,40 @@ bool dates(bool) {
   return day == 29 && month == 2 && year == 2000;
 }
 
+// What is made for the caller or not at all; the streams' own records come at the first use.
+bool no_memory(bool failed) {
+  return failed && zents_error_code() == STAT_OUT_OF_MEMORY;
+}
+bool uniform(bool failed) {
+  float* single = zents_f_random_uniform(3, 0);
+  const bool first = single != nullptr || no_memory(failed);
+  double* x = zents_d_random_uniform(3, 0);
+  const bool right = first && (x != nullptr || no_memory(failed));
+  zents_free_allocated_memory(single);
+  zents_free_allocated_memory(x);
+  return right;
+}
+bool random_tables(bool failed) {
+  double* table = nullptr;
+  long* words = nullptr;
+  zents_d_random_table_get(&table, 0);
+  const bool first = table != nullptr || no_memory(failed);
+  zents_random_GFSR_table_get(&words, 0);
+  const bool right = first && (words != nullptr || no_memory(failed));
+  zents_free_allocated_memory(table);
+  zents_free_allocated_memory(words);
+  return right;
+}
+bool faure(bool failed) {
+  zents_faure* sequence = zents_faure_sequence_init(3, 0);
+  if (sequence == nullptr) return no_memory(failed);
+  double* point = zents_d_faure_next_point(sequence, 0);
+  const bool right = point != nullptr ? point[0] >= 0 && point[0] < 1 : no_memory(failed);
+  zents_free_allocated_memory(point);
+  zents_faure_sequence_free(sequence);
+  return right;
+}
+
 struct Function {
   const char* name;
   bool (*run)(bool failed);
@@ -127,6 +161,8 @@ const Function functions[] = {
     {"constant", constant, false},   {"message", message, true}, {"stat_message", stat_message, true},
     {"error_path", error_path, true}, {"streams", streams, true}, {"keys", keys, true},
     {"m1ran", transposition, false}, {"svrgp", sorting, false},  {"dates", dates, false},
+    {"uniform", uniform, false},     {"first_draw", uniform, true}, {"random_tables", random_tables, false},
+    {"faure", faure, false},
 };
 
 INSTANTIATE_TEST_SUITE_P(Library, EveryAllocation, ::testing::ValuesIn(functions),

@@ -36,8 +36,10 @@ TEST(Table, HasTheRowsOfTheReferenceWithTheirCountsAndHalves) {
     EXPECT_EQ(row.routine->position_count, row.most_positions) << row.number;
     EXPECT_TRUE(row.number == 313 || std::strcmp(row.routine->label, row.label) == 0);
     std::set<std::string> names;
-    for (int k = 0; k < row.routine->position_count; ++k) names.insert(row.routine->positions[k].name);
-    EXPECT_EQ(static_cast<int>(names.size()), row.routine->position_count) << row.number;
+    for (int k = 0; k < row.routine->position_count; ++k) {
+      const std::string name = row.routine->positions[k].name;
+      EXPECT_TRUE(name == "UNUSED" || names.insert(name).second) << row.number << " " << name;
+    }
   }
   EXPECT_EQ(stat, 83);
   EXPECT_EQ(math, 63);

@@ -4,9 +4,11 @@
 #include <cstdarg>
 #include <random>
 
+#include "binding/positions.hpp"
 #include "binding/predict_info.hpp"
 #include "binding/words.hpp"
 #include "tests/binding/module.hpp"
+#include "tests/support/failing_allocation.hpp"
 
 namespace {
 
@@ -188,6 +190,76 @@ TEST(WordsOfACall, KeepTheOrderOfIntegersAndOfReals) {
   const long raw[61] = {1, -9};
   EXPECT_EQ(cmast_call_void_fcn(reinterpret_cast<void*>(second), raw), -9);
   EXPECT_EQ(cmast_call_mem32bit_fcn(reinterpret_cast<void*>(second), raw), reinterpret_cast<void*>(-9L));
+}
+
+TEST(WordsOfACall, OptionsFollowTheTableAndLeaveOutWhatIsAbsent) {
+  load();
+  using namespace zent::binding;
+  static constexpr Position positions[] = {
+      precision_position,
+      status_position,
+      {"FLAG", Kind::optional, Type::integer, "", 101, Pass::flag},
+      {"COUNT", Kind::optional, Type::integer, "", 102, Pass::value},
+      {"LOW", Kind::optional, Type::real, "", 103, Pass::address},
+      {"HIGH", Kind::optional, Type::real, "", continues, Pass::address},
+      {"OWN", Kind::optional, Type::integer, ""},
+      {"OUT", Kind::output, Type::real, "", 104, Pass::address},
+  };
+  static const Routine routine = {999, "OPTIONS", true, 8, positions};
+  static Words words;
+  static Arguments arguments;
+  static const ORV_PROC wrapper = [](int argc, ORV_VARIABLE** argv, char*) -> long {
+    cmast_init("OPTIONS");
+    words = Words();
+    if (!read_arguments(routine, argc, argv, arguments)) return 0;
+    arguments.add_options(words);
+    words.end();
+    cmast_pop_fcn_name();
+    return 0;
+  };
+  static const ORV_SYSRTN row[] = {{wrapper, "OPTIONS", 8, 8, 0, nullptr}};
+  ASSERT_EQ(ORV_SysRtnAdd(row, 0, 1), 1);
+  const auto words_are = [](std::vector<long> expected) {
+    return std::vector<long>(words.data(), words.data() + words.count()) == expected;
+  };
+  const auto address = [](int k) { return reinterpret_cast<long>(arguments.data[k]); };
+  std::vector<Value> a{precision(5),   Value::integer(0), Value::integer(1), Value::integer(-7),
+                       Value::real(1), Value::real(2),    Value::integer(3), Value::real(4)};
+  ASSERT_EQ(error_of("OPTIONS", a), "");
+  EXPECT_TRUE(words_are({101, 102, -7, 103, address(4), address(5), 104, address(7), 0}));
+  a[2] = a[4] = a[7] = Value();  // a further value goes with the option that it belongs to
+  ASSERT_EQ(error_of("OPTIONS", a), "");
+  EXPECT_TRUE(words_are({102, -7, 0}));
+  a[3] = a[5] = a[6] = Value();
+  ASSERT_EQ(error_of("OPTIONS", a), "");
+  EXPECT_TRUE(words_are({0}));
+  a[0] = precision(4);
+  a[4] = Value::real(1);
+  EXPECT_NE(error_of("OPTIONS", a).find("OPTIONS: argument LOW must be single precision, not double precision"),
+            std::string::npos);
+}
+
+// Host, binding and library share the allocations here.
+TEST(Allocations, FailInTurnAndEndInAnErrorOrTheResult) {
+  load();
+  const std::pair<const char*, std::vector<Value>> calls[] = {
+      {"MATHSTAT_124", {precision(5), Value::integer(9), Value::text("C"), Value::text("KM/HOUR"), Value()}},
+      {"MATHSTAT_131", {precision(5), Value::integer(9), Value::integer(-1), Value(), Value(), Value()}},
+      {"MATHSTAT_159", {precision(5), Value::integer(9), Value::array(ORV_TYP_DOUBLE, {8})}},
+      {"MATHSTAT_313", {Value::integer(90), Value::integer(0), Value(), Value()}}};
+  for (const auto& [name, values] : calls) {
+    bool struck = true;
+    for (long k = 1; struck && k < 100; ++k) {
+      std::vector<Value> a = values, again = values;
+      failing::arm(k);
+      const std::string error = error_of(name, a);
+      struck = failing::struck();
+      failing::arm(0);
+      EXPECT_TRUE(struck || error.empty()) << name << ": " << error;
+      EXPECT_EQ(error_of(name, again), "") << name << " after " << k;
+    }
+    EXPECT_FALSE(struck) << name;
+  }
 }
 
 TEST(WordsOfACall, TheSixtySecondIsAnError) {

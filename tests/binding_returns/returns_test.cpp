@@ -77,8 +77,9 @@ TEST_F(Returning, WrongTypesInEveryPositionOfTheFinishedOnes) {
   stand_in::Array none{0, numbers}, some{4, numbers};
   for (int number : {124, 130, 131, 159, 313}) {
     for (size_t k = 0; k < 6; ++k) {
-      const ORV_VARIABLE wrong[] = {text("x"), text(""), real(0.5), stand_in::array(ORV_TYP_INT64, none),
-                                    stand_in::array(ORV_TYP_COMPLEX, some), ORV_VARIABLE{}};
+      const ORV_VARIABLE wrong[] = {
+          text("x"),     text(""), real(0.5), stand_in::array(ORV_TYP_INT64, none), stand_in::array(ORV_TYP_COMPLEX, some),
+          ORV_VARIABLE{}};
       for (const ORV_VARIABLE& v : wrong) {
         std::vector<ORV_VARIABLE> arguments = {integer(5), integer(9), integer(1), integer(1), integer(1900), integer(0)};
         if (number == 124) arguments[2] = text("PI"), arguments[3] = text("1"), arguments[4] = real(0);
@@ -191,12 +192,15 @@ TEST_F(Returning, AHostErrorWithNowhereToGoEndsInTheWrapper) {
   EXPECT_EQ(stand_in::buffer, nullptr);
 }
 
+long calls = 0;
+long counted(long, ...) {
+  return ++calls;
+}
+
 TEST_F(Returning, ACallWithTooManyWordsIsNotMade) {
-  static long calls = 0;
   Words words;
   for (int k = 0; k < 70; ++k) words.add(1L);
-  long (*const function)(long, ...) = [](long, ...) { return ++calls; };
-  EXPECT_EQ(words.call<long>(reinterpret_cast<void*>(function)), 0);
+  EXPECT_EQ(words.call<long>(reinterpret_cast<void*>(counted)), 0);
   EXPECT_EQ(calls, 0);
   EXPECT_EQ(stand_in::raises, 1);
 }

@@ -2,6 +2,7 @@
 
 #include <cstdarg>
 #include <cstring>
+#include <deque>
 #include <map>
 #include <set>
 
@@ -56,13 +57,24 @@ std::string filled(const char* format, va_list values) {
   return result;
 }
 
+// Nothing is given back before the process ends: only the count of live temporaries falls.
+std::deque<ORV_VARIABLE> variables;
+std::deque<Array> arrays;
+std::deque<std::vector<char>> blocks;
+
+ORV_VARIABLE* temporary(const ORV_VARIABLE& v) {
+  ++live;
+  variables.push_back(v);
+  variables.back().flags |= ORV_V_TEMP;
+  return &variables.back();
+}
+
 void* make(int type, long n, ORV_VARIABLE** out) {
   if (no_memory) return raise("no memory"), nullptr;
-  auto* const content = new Array{n, ::operator new(static_cast<size_t>(n) * 16 + 1)};
-  *out = new ORV_VARIABLE(array(type, *content));
-  (*out)->flags |= ORV_V_TEMP;
-  ++live;
-  return content->data;
+  blocks.emplace_back(static_cast<size_t>(n) * 16 + 1);
+  arrays.push_back({n, blocks.back().data()});
+  *out = temporary(array(type, arrays.back()));
+  return arrays.back().data;
 }
 
 }  // namespace
@@ -92,7 +104,7 @@ ORV_VARIABLE* ORV_VarTypeConvert(ORV_VARIABLE* v, int type) {
   return nullptr;
 }
 void ORV_VarCopy(ORV_VARIABLE* source, ORV_VARIABLE* target) {
-  *target = *source;  // the test looks at the contents and lets them go with the process
+  *target = *source;  // the contents stay where they are
   target->flags &= static_cast<unsigned char>(~ORV_V_TEMP);
   --live;
 }
@@ -118,20 +130,14 @@ ORV_IDENT ORV_StructTagIdentHash(const char* tag) {
 }
 ORV_VARIABLE* ORV_ImportArray(int n_dims, const long* dims, int type, void* data, void (*)(void*), ORV_SDEF) {
   if (no_memory) return raise("no memory"), nullptr;
-  auto* const v = new ORV_VARIABLE(array(type, *new Array{n_dims == 1 ? dims[0] : 0, data}));
-  v->flags |= ORV_V_TEMP;
-  ++live;
-  return v;
+  arrays.push_back({n_dims == 1 ? dims[0] : 0, data});
+  return temporary(array(type, arrays.back()));
 }
 ORV_VARIABLE* ORV_Gettmp(void) {
-  ++live;
-  auto* const v = new ORV_VARIABLE{};
-  v->flags = ORV_V_TEMP;
-  return v;
+  return temporary({});
 }
-void ORV_Deltmp(ORV_VARIABLE* v) {
+void ORV_Deltmp(ORV_VARIABLE*) {
   --live;
-  delete v;
 }
 void ORV_Delvar(ORV_VARIABLE* v) {
   *v = {};

@@ -11,7 +11,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static std::deque<orv::Value> globals;
   globals.clear();
   try {
-    orv::parse(std::string_view(reinterpret_cast<const char*>(data), size), file, [](const std::string&) { return &globals.emplace_back(); });
+    orv::parse(std::string_view(reinterpret_cast<const char*>(data), size), file,
+               [](const std::string&) { return &globals.emplace_back(); });
   } catch (const orv::SyntaxError&) {
   }
   return 0;

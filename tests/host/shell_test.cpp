@@ -37,12 +37,14 @@ TEST_P(Shell, EndsAsTold) {
   EXPECT_NE(ended.text.find(GetParam().part), std::string::npos) << ended.text;
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    , Shell,
-    testing::Values(Run{"--version", 0, "orv "}, Run{"--help", 0, "--no-module"}, Run{"--nonsense", 2, "--help"}, Run{"nosuchfile.orv", 1, "nosuchfile.orv"},
-                    Run{"--no-module -e '1 + 2'", 0, "3\n"}, Run{"--no-module -e 'exit(7)'", 7, ""}, Run{"--no-module -e 'x ='", 1, "-e:1: column 4: expected a value"},
-                    Run{"--module /nosuch.so -e 1", 1, "/nosuch.so"}, Run{"-e 'fault(\"ill\")'", 1004, ""}, Run{"-e 'help'", 0, "constant"},
-                    Run{"-e 'help \"datetodays\"'", 0, "Gregorian"}, Run{"-e 'MATHSTAT_159(1)'", 1, "-e:1: "}));
+INSTANTIATE_TEST_SUITE_P(, Shell,
+                         testing::Values(Run{"--version", 0, "orv "}, Run{"--help", 0, "--no-module"},
+                                         Run{"--nonsense", 2, "--help"}, Run{"nosuchfile.orv", 1, "nosuchfile.orv"},
+                                         Run{"--no-module -e '1 + 2'", 0, "3\n"}, Run{"--no-module -e 'exit(7)'", 7, ""},
+                                         Run{"--no-module -e 'x ='", 1, "-e:1: column 4: expected a value"},
+                                         Run{"--module /nosuch.so -e 1", 1, "/nosuch.so"}, Run{"-e 'fault(\"ill\")'", 1004, ""},
+                                         Run{"-e 'help'", 0, "constant"}, Run{"-e 'help \"datetodays\"'", 0, "Gregorian"},
+                                         Run{"-e 'MATHSTAT_159(1)'", 1, "-e:1: "}));
 
 // Every script asserts what it is about, and "fails at N" in its first line tells where it has to fail.
 class Script : public testing::TestWithParam<std::string> {};

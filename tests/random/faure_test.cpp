@@ -87,6 +87,50 @@ TEST(Faure, IsMoreEvenThanRandomPoints) {
   EXPECT_LT(discrepancy(even, n), 0.25 * discrepancy(random, n));
 }
 
+// Digit t after n steps from the definition: the sum over k of (how often the carry has stopped at k) C(k, t) s^(k - t).
+TEST(Faure, AMillionPointsFollowTheDefinition) {
+  be_quiet();
+  const long d = 5, base = 5, n = 13;
+  zents_faure* f = zents_faure_sequence_init(d, 0);
+  long pascal[n][n] = {};
+  for (long k = 0; k < n; ++k) {
+    for (long t = 0; t <= k; ++t) pascal[k][t] = t == 0 ? 1 : (pascal[k - 1][t - 1] + pascal[k - 1][t]) % base;
+  }
+  double x[d];
+  for (long step = 3125 + 1; step <= 1200000; ++step) {
+    ASSERT_EQ(zents_d_faure_next_point(f, ZENTS_RETURN_USER, x, 0), x);
+    if (step % 997 != 0 && step > 3140) continue;
+    for (long s = 0; s < d; ++s) {
+      double expected = 0, weight = 1;
+      for (long t = 0; t < n; ++t) {
+        long digit = 0, power = 1, count = step;
+        for (long k = 0; k < t; ++k) count /= base;
+        for (long k = t; k < n; ++k, count /= base, power = power * s % base)
+          digit += (count - count / base) % base * pascal[k][t] * power;
+        expected += static_cast<double>(digit % base) * (weight /= base);
+      }
+      ASSERT_NEAR(x[s], expected, 1e-15) << step << " " << s;
+    }
+  }
+  zents_faure_sequence_free(f);
+}
+
+// A great base costs no more than its dimensions: nothing grows with the base alone.
+TEST(Faure, TakesTheGreatestBases) {
+  be_quiet();
+  for (int base : {2147483647, 1000003}) {
+    zents_faure* f = zents_faure_sequence_init(3, ZENTS_BASE, base, ZENTS_SKIP, 7, 0);
+    ASSERT_NE(f, nullptr);
+    EXPECT_EQ(f->powers[(f->n_digits - 1) * 3 + 2] * 2 % base, f->n_digits > 1 ? 1 : 0);  // a half of 1
+    double x[3];
+    for (int k = 8; k < 20; ++k) {
+      ASSERT_EQ(zents_d_faure_next_point(f, ZENTS_RETURN_USER, x, 0), x);
+      for (double v : x) EXPECT_NEAR(v, k / static_cast<double>(base), 1e-15);
+    }
+    zents_faure_sequence_free(f);
+  }
+}
+
 // Skipping is the same as walking; and the sequence starts again when the counter has run through.
 TEST(Faure, SkipsAndRestarts) {
   be_quiet();
@@ -121,6 +165,10 @@ TEST(Faure, RefusesBadArguments) {
   EXPECT_EQ(zents_error_code(), 11401);
   EXPECT_EQ(zents_faure_sequence_init(0, 0), nullptr);
   EXPECT_EQ(zents_error_code(), STAT_INEQUALITY_VIOLATION_3);
+  EXPECT_EQ(zents_faure_sequence_init(0, ZENTS_BASE, 4, ZENTS_SKIP, 0, 0), nullptr);  // the first error stands
+  EXPECT_EQ(zents_error_code(), STAT_INEQUALITY_VIOLATION_3);
+  EXPECT_EQ(zents_d_faure_next_point(nullptr, 0), nullptr);
+  EXPECT_EQ(zents_error_code(), STAT_UNEXPECTED_NULL_POINTER);
   EXPECT_EQ(zents_faure_sequence_init(2, 5, 0), nullptr);
   EXPECT_EQ(zents_error_code(), STAT_ILLEGAL_OPT_ARG);
   EXPECT_EQ(zent_faure_sequence_init(3, ZENT_BASE, 9, 0), nullptr);

@@ -2,10 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <vector>
 
+#include "math/random/saved_stream.hpp"
 #include "zent.h"
 #include "zents.h"
 
@@ -333,6 +335,99 @@ TEST(Tables, SetAndGet) {
   words[0] = 0;
   zents_random_GFSR_table_set(words);
   zents_random_option(1);
+}
+
+// Draws of the library's own change nothing for the caller, whatever generator and seed they use in between.
+TEST(Uniform, ASavedStreamGoesOn) {
+  be_quiet();
+  std::vector<double> first(300), own(500), then(300);
+  for (long option = 1; option <= 6; ++option) {
+    zent_random_option(option);
+    zent_random_seed_set(90125);
+    zent_drnun(300, first.data());
+    zent::uniform::SavedStream<double> saved;
+    ASSERT_TRUE((zent::uniform::save_stream<zent::Math, double>(saved)));
+    zent_drnun(300, first.data());
+    zent_random_seed_set(123457);
+    zent_random_option(7 - option);
+    zent_drnun(500, own.data());
+    zent::uniform::restore_stream<zent::Math, double>(saved);
+    zent_drnun(300, then.data());
+    EXPECT_EQ(then, first) << option;
+  }
+  zent_random_option(1);
+}
+
+TEST(Tables, RefuseNullAndNaN) {
+  be_quiet();
+  zents_d_random_table_set(nullptr);
+  EXPECT_EQ(zents_error_code(), STAT_UNEXPECTED_NULL_POINTER);
+  zents_f_random_table_get(nullptr, 0);
+  EXPECT_EQ(zents_error_code(), STAT_UNEXPECTED_NULL_POINTER);
+  zents_random_GFSR_table_set(nullptr);
+  EXPECT_EQ(zents_error_code(), STAT_UNEXPECTED_NULL_POINTER);
+  zents_random_GFSR_table_get(nullptr, 0);
+  EXPECT_EQ(zents_error_code(), STAT_UNEXPECTED_NULL_POINTER);
+  zent_rnses(nullptr);
+  EXPECT_EQ(zent_error_code(), MATH_UNEXPECTED_NULL_POINTER);
+  zents_drnun(3, nullptr);
+  EXPECT_EQ(zents_error_code(), STAT_UNEXPECTED_NULL_POINTER);
+
+  // The mathematics half stores what is good and uses the table all the same.
+  float table[128];
+  for (int k = 0; k < 128; ++k) table[k] = 0.5F;
+  table[7] = zent_f_machine(6);
+  zent_rnses(table);
+  EXPECT_EQ(zent_error_code(), MATH_STRICTLY_POS_TABLE_ELMNTS);
+  zent_random_option(2);
+  zent_random_seed_set(1);
+  float x = 0;
+  zent_rnun(1, &x);  // 16807 mod 128 is 39
+  EXPECT_EQ(x, 0.5F);
+  table[0] = zent_f_machine(6);  // not positive: the table is made anew
+  zent_rnses(table);
+  EXPECT_EQ(zent_error_code(), 0);
+  zent_random_option(1);
+}
+
+// The quotient of a great state rounds up to 1 in single precision; a word longer than 31 bits leaves a seed that is reduced.
+TEST(Tables, EndsOfTheRange) {
+  be_quiet();
+  zents_random_option(2);
+  float table[128] = {}, *out = table;
+  zents_f_random_table_set(table);
+  zents_random_seed_set(739806647);  // 16807 times this is -1 modulo 2^31 - 1
+  zents_f_random_table_get(&out, ZENTS_RETURN_USER, table, 0);
+  EXPECT_EQ(table[0], 1.0F);
+  std::vector<long> words(1565, (1L << 35) + 12345);
+  words[1564] = 97;
+  zents_random_GFSR_table_set(words.data());
+  zents_random_option(7);
+  double x = 0;
+  zents_drnun(1, &x);
+  EXPECT_EQ(zents_random_seed_get(), words[0]);
+  zents_random_option(1);
+  zents_drnun(1, &x);
+  EXPECT_EQ(zents_random_seed_get(), static_cast<long>(static_cast<std::uint64_t>(words[0]) * 16807 % m));
+  words[0] = 0;
+  zents_random_GFSR_table_set(words.data());
+}
+
+// Only the very first touch can choose the other modulus, so this runs in a process of its own.
+TEST(FirstTouchDeathTest, GeneratorSevenScalesByTheSecondModulus) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto scale_is = [](double reciprocal) {
+    long table[1565], *out = table;
+    double x = 0;
+    zents_random_seed_set(5);
+    zents_random_option(7);
+    zents_random_GFSR_table_get(&out, ZENTS_RETURN_USER, table, 0);
+    zents_drnun(1, &x);
+    return x == static_cast<double>(table[0] | 1) * reciprocal;
+  };
+  EXPECT_EXIT((zents_random_option(7), std::exit(scale_is(0x1p-31) ? 0 : 1)), ::testing::ExitedWithCode(0), "");
+  EXPECT_EXIT((zents_random_option_get(), zents_random_option(7), std::exit(scale_is(1.0 / 2147483647.0) ? 0 : 1)),
+              ::testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

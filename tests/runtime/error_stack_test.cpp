@@ -255,3 +255,57 @@ TYPED_TEST(ErrorStack, Traceback) {
   EXPECT_NE(text.find(" inner\n" + row("", "", "", "called") + user), std::string::npos);
   Api::options(Api::full_traceback, 0, Api::set_traceback, 5, 0, 0);
 }
+
+// The tables as the process found them, before any test set a flag.
+struct Tables {
+  std::string print, stop, traceback, immediate;
+  explicit Tables(const zent::ErrorState& state) {
+    for (long type = 0; type < zent::type_count; ++type) {
+      print += state.print_flag[type] ? '1' : '0';
+      stop += state.stop_flag[type] ? '1' : '0';
+      traceback += state.traceback_flag[type] ? '1' : '0';
+      immediate += state.immediate_flag[type] ? '1' : '0';
+    }
+  }
+};
+template <class Half>
+static const Tables fresh{zent::error_state<Half>};
+static const Tables* const all_fresh[] = {&fresh<zent::Math>, &fresh<zent::Stat>};
+
+TYPED_TEST(ErrorStack, DefaultTablesAndExitStatus) {
+  using Api = TypeParam;
+  const Tables& tables = *all_fresh[Api::Half::is_math ? 0 : 1];
+  EXPECT_EQ(tables.print, "000111111");
+  EXPECT_EQ(tables.stop, "000011001");
+  EXPECT_EQ(tables.traceback, "000000001");
+  EXPECT_EQ(tables.immediate, "000001111");
+  const auto raise = [&](long type) {
+    for (long each = 0; each < zent::type_count; ++each) this->state.stop_flag[each] = tables.stop[each] == '1';
+    zent::public_call<typename Api::Half>(
+        "outer", [=] { zent::public_call<typename Api::Half>("inner", [=] { Api::e1mes(type, 1, "x"); }); });
+    std::_Exit(90);
+  };
+  for (long type = 1; type <= 7; ++type) {
+    const int status = tables.stop[type] == '1' ? static_cast<int>(type) : 90;
+    EXPECT_EXIT(raise(type), ::testing::ExitedWithCode(status), "") << type;
+  }
+}
+
+// A user function that calls the library without an error must not lose the warning that its caller has waiting.
+TYPED_TEST(ErrorStack, WaitingMessageOutlivesASoundNestedCall) {
+  using Api = TypeParam;
+  hooked = 0;
+  Api::checksum([](long, long, const char*) { ++hooked; });
+  Api::e1psh("solver");
+  Api::e1mes(3, 12, "waiting");
+  Api::e1usr("ON");
+  Api::d_machine(1);
+  EXPECT_EQ(seen.count + hooked, 0);
+  Api::e1usr("OFF");
+  Api::e1pop("solver");
+  EXPECT_EQ(seen.count, 1);
+  EXPECT_EQ(seen.number, 12);
+  EXPECT_EQ(seen.text, "waiting");
+  EXPECT_EQ(hooked, 1);
+  Api::checksum(nullptr);
+}

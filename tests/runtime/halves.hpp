@@ -20,7 +20,8 @@
     static constexpr long set_print = U##_SET_PRINT, get_print = U##_GET_PRINT, set_stop = U##_SET_STOP,                    \
                           get_stop = U##_GET_STOP, set_traceback = U##_SET_TRACEBACK, get_traceback = U##_GET_TRACEBACK,    \
                           set_file = U##_SET_ERROR_FILE, get_file = U##_GET_ERROR_FILE, print_proc = U##_ERROR_PRINT_PROC,  \
-                          full_traceback = U##_FULL_TRACEBACK, library_id = U##_LIBRARY_ID, trapping = U##_SIGNAL_TRAPPING; \
+                          full_traceback = U##_FULL_TRACEBACK, library_id = U##_LIBRARY_ID, trapping = U##_SIGNAL_TRAPPING, \
+                          message_path = U##_ERROR_MSG_PATH, message_name = U##_ERROR_MSG_NAME;                             \
     static constexpr auto e1sti = P##_e1sti;                                                                                \
     static constexpr auto e1std = P##_e1std;                                                                                \
     static constexpr auto e1str = P##_e1str;                                                                                \
@@ -51,6 +52,12 @@
     static constexpr auto c1ind = P##_c1ind;                                                                                \
     static constexpr auto c1dim = P##_c1dim;                                                                                \
     static constexpr auto c1ge0 = P##_c1ge0;                                                                                \
+    static constexpr auto once = P##_once;                                                                                  \
+    static constexpr auto mutex_init = P##_mutex_init;                                                                      \
+    static constexpr auto mutex_destroy = P##_mutex_destroy;                                                                \
+    static constexpr auto lock = P##_thread_mutex_lock;                                                                     \
+    static constexpr auto unlock = P##_thread_mutex_unlock;                                                                 \
+    static constexpr auto find_name = P##_find_name;                                                                        \
     static constexpr auto set_signal = P##_set_signal;                                                                      \
     static constexpr auto trap_mark = P##_trap_mark;                                                                        \
     static constexpr auto trap_release = P##_trap_release;                                                                  \

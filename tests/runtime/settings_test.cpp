@@ -208,3 +208,69 @@ TYPED_TEST(Settings, Checks) {
   EXPECT_EQ(check([&] { Api::c1ge0("x", &counter, -1e-300); }), 11061);
   EXPECT_EQ(check([&] { Api::c1ge0("x", &counter, Api::d_machine(6)); }), 11061);
 }
+
+static int once_calls;
+TYPED_TEST(Settings, OnceAndLocks) {
+  using Api = TypeParam;
+  once_calls = 0;
+  long flag = 0;
+  static long* seen_flag;
+  seen_flag = &flag;
+  for (int k = 0; k < 3; ++k) EXPECT_EQ(Api::once(&flag, [] { once_calls += *seen_flag == 0 ? 1 : 100; }), 0);
+  EXPECT_EQ(once_calls, 1);
+  EXPECT_NE(flag, 0);
+  int mutex = 5;
+  EXPECT_EQ(Api::mutex_init(&mutex) | Api::lock(&mutex) | Api::lock(&mutex) | Api::unlock(&mutex) | Api::mutex_destroy(&mutex),
+            0);
+  EXPECT_EQ(mutex, 5);
+}
+
+TYPED_TEST(Settings, StreamsOfUmach) {
+  using Api = TypeParam;
+  FILE* stream = nullptr;
+  FILE* const standard[] = {stdin, stdout, stderr};
+  for (long n = 1; n <= 3; ++n) {
+    Api::umach(n, &stream);
+    EXPECT_EQ(stream, standard[n - 1]);
+    FILE* other = standard[n % 3];
+    Api::umach(-n, &other);
+    Api::umach(n, &stream);
+    EXPECT_EQ(stream, other);
+    other = standard[n - 1];
+    Api::umach(-n, &other);
+  }
+  for (long n : {0L, 4L, -4L}) {
+    Api::e1psh("f");
+    stream = stdin;
+    Api::umach(n, &stream);
+    EXPECT_EQ(Api::n1rcd(0), 12010);
+    EXPECT_EQ(this->state.i[1], n);
+    EXPECT_EQ(stream, stdin);
+    Api::e1pop("f");
+  }
+}
+
+// Copies, so the caller's text may change; the name is put back at the next lookup.
+TYPED_TEST(Settings, MessagePathAndNameAreCopies) {
+  using Api = TypeParam;
+  char path[] = "/nowhere/", name[] = "other.bin";
+  auto& view = this->state.catalogue;
+  Api::find_name(200);  // the file is open from here on
+  const std::string before = view.path;
+  Api::options(Api::message_path, path, Api::message_name, name, 0);
+  path[1] = name[1] = '?';
+  EXPECT_STREQ(view.path, "/nowhere/");
+  EXPECT_STREQ(view.file, "other.bin");
+  Api::find_name(201);
+  EXPECT_STREQ(view.file, Api::Half::catalogue_file);
+  Api::options(Api::message_path, before.c_str(), Api::message_name, nullptr, 0);
+  EXPECT_EQ(view.path, before);
+}
+
+TYPED_TEST(Settings, WildAddressOfAResultIsTrapped) {
+  using Api = TypeParam;
+  auto* const wild = reinterpret_cast<long*>(sizeof(long));  // null itself is caught earlier by a sanitizer
+  Api::options(Api::get_print, 3, wild, Api::set_print, 3, 0, 0);
+  EXPECT_EQ(Api::error_code(), 102);
+  EXPECT_TRUE(this->state.print_flag[3]);
+}

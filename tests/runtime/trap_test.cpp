@@ -8,7 +8,7 @@ template <class Api>
 class Trap : public Runtime<Api> {
  protected:
   // Wild addresses and undefined instructions, as a user function makes them.
-  static void fault(int kind) {
+  __attribute__((no_sanitize("undefined"))) static void fault(int kind) {
     if (kind % 2 == 0) {
       static int* volatile wild = nullptr;
       *wild = 1;
@@ -213,4 +213,31 @@ TYPED_TEST(Trap, ScratchAndResults) {
   const std::size_t used = mallinfo2().uordblks;  // the first call has filled the allocator's caches
   zents_free_allocated_memory(zent::public_call<Half>("f", body));
   EXPECT_EQ(mallinfo2().uordblks, used);
+}
+
+// A print procedure of the host leaves the handler by a jump while an outer call of the same half is armed: the handlers must
+// stand for that call again, since the system has taken the one that ran away.
+TYPED_TEST(Trap, HostJumpOutOfTheHandler) {
+  using Api = TypeParam;
+  using Half = typename Api::Half;
+  static jmp_buf host;
+  const auto jump = [](long, long, const char*, const char*) { longjmp(host, 1); };
+  const auto before = this->handler(SIGSEGV);
+  for (int k = 0; k < 100; ++k) {
+    const double value = zent::public_call<Half>("outer", [&] {
+      zent_trap_state mark;
+      Api::trap_mark(&mark);
+      Api::e1usr("ON");
+      Api::options(Api::print_proc, static_cast<zent::PrintProcedure>(jump), 0);
+      if (setjmp(host) == 0) zent::public_call<Half>("inner", [&] { this->fault(k); });
+      Api::trap_release(&mark);
+      Api::options(Api::print_proc, record, 0);
+      this->fault(k);
+      return 1.0;
+    });
+    ASSERT_NE(value, value);
+    ASSERT_EQ(Api::error_code(), 102);
+    ASSERT_EQ(this->state.top, this->state.frame);
+  }
+  EXPECT_EQ(this->handler(SIGSEGV), before);
 }
