@@ -56,6 +56,10 @@ ZENT_API void cmast_call_spcl_fcn3_f(float (*fn)(float, float, float), long coun
 ZENT_API void cmast_call_spcl_fcn3_d(double (*fn)(double, double, double), long count, long step, const char* a, const char* b,
                                      const char* c, char* out);
 
+/* The least prime not below n (2 for n below 2; 0 when no 64-bit number is one), and 1 or 0: is n prime. */
+ZENT_API long nextPrime(long n);
+ZENT_API long isPrime(long n);
+
 /* ---- Error bridge ---------------------------------------------------------------------------------------------------- */
 
 typedef struct {

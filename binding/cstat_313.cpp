@@ -92,3 +92,11 @@ long mathstat_313(int, ORV_VARIABLE** argv, char*) {
 }
 
 }  // namespace zent::binding
+
+extern "C" long nextPrime(long n) {
+  return n > zent::binding::largest_prime ? 0 : zent::binding::next_prime(n);
+}
+
+extern "C" long isPrime(long n) {
+  return zent::binding::is_prime(n);
+}

@@ -171,6 +171,9 @@ Table make_table(bool math) {
 #include "zent/math_errors.def"
   } else {
 #include "zent/stat_errors.def"
+    // Raised by the Faure sequence without a row in the table of names: the host shows them as unknown, with these texts.
+    table.emplace(11401, "STAT_SKIP_NEG");
+    table.emplace(11402, "STAT_BASE_NOT_PRIME");
   }
 #undef E
   return table;

@@ -60,8 +60,8 @@ void l_c1dat(long day, long month, long year, long* position) {
     raise<Math>(5, MATH_YEAR_1582, {.i = {day}});
     return;
   }
+  if (!in_range) return;  // no month to look up, and a Note would stand in the place of the error
   if (year < first_calendar_year) raise<Math>(1, MATH_YEAR_45, {.i = {year}});
-  if (!in_range) return;  // there is no month to look up
   const long length = month_length[month - 1] + (month == 2 && is_leap(year) ? 1 : 0);
   if (day > length) raise<Math>(5, MATH_BAD_DAY, {.i = {month, year, length, day}});
 }

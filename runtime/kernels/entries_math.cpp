@@ -3,15 +3,14 @@
 #include "runtime/kernels/support.hpp"
 #include "zent.h"
 
-namespace zent {
+// The entries stand outside the namespace: inside it they would not be the functions that the header declares and exports.
 namespace {
-using Half = Math;
+using Half = zent::Math;
 }
+using namespace zent;
 
 extern "C" {
 #define ZENT_HALF(name) zent_##name
 #include "runtime/kernels/entries.inc"
 #undef ZENT_HALF
 }
-
-}  // namespace zent

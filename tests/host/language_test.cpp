@@ -106,21 +106,20 @@ TEST_P(Fails, SayingWhereAndWhatWasExpected) {
 
 INSTANTIATE_TEST_SUITE_P(
     Running, Fails,
-    testing::Values(Wrong{"\nprint x", 2, "'x' is not defined"}, Wrong{"a = [1, 2]\na[2]", 2, "outside an extent of 2"},
-                    Wrong{"a = [1, 2]\na[0, 0]", 2, "subscripts"}, Wrong{"f(1)", 1, "no function or procedure 'f'"},
-                    Wrong{"function f(x) = x\n\nf(1, 2)", 3, "at most 1 argument"},
-                    Wrong{"function f(x) = x\nf()", 2, "needs its argument 'x'"},
-                    Wrong{"function f(x) = x\nf(y = 1)", 2, "expected one of: x"},
-                    Wrong{"function f(x) = x\nf(1, x = 2)", 2, "at most 1"},
-                    Wrong{"function f(x, y = 1) = x\nf(1, x = 2)", 2, "twice"},
-                    Wrong{"procedure p(out y)\nend\np(3)", 3, "is an output"},
-                    Wrong{"procedure p()\nend\nx = p()", 3, "has no value"}, Wrong{"print 1 + \"a\"", 1, "integer and string"},
-                    Wrong{"if [1, 2]\nend", 1, "a condition expected one value"}, Wrong{"x = 1:5:0", 1, "step"},
-                    Wrong{"x = 0:1e300", 1, "2^31"}, Wrong{"zeros(1e9, 1e9)", 1, ""}, Wrong{"format(\"%n\", 1)", 1, "after %"},
-                    Wrong{"format(\"%d\")", 1, "takes more"}, Wrong{"format(\"%999999d\", 1)", 1, "at most 4096"},
-                    Wrong{"[1, [2, 3]]", 1, "one shape"}, Wrong{"[1, \"a\"]", 1, "one kind"}, Wrong{"x = {a: 1}.b", 1, "B"},
-                    Wrong{"function f()\n x = 1\nend\ny = f()", 4, "returned no value"}, Wrong{"throw 1", 1, "throw expected"},
-                    Wrong{"fault(\"x\")", 1, "segv"}));
+    testing::Values(
+        Wrong{"\nprint x", 2, "'x' is not defined"}, Wrong{"a = [1, 2]\na[2]", 2, "outside an extent of 2"},
+        Wrong{"a = [1, 2]\na[0, 0]", 2, "subscripts"}, Wrong{"f(1)", 1, "no function or procedure 'f'"},
+        Wrong{"function f(x) = x\n\nf(1, 2)", 3, "at most 1 argument"},
+        Wrong{"function f(x) = x\nf()", 2, "needs its argument 'x'"},
+        Wrong{"function f(x) = x\nf(y = 1)", 2, "expected one of: x"}, Wrong{"function f(x) = x\nf(1, x = 2)", 2, "at most 1"},
+        Wrong{"function f(x, y = 1) = x\nf(1, x = 2)", 2, "twice"}, Wrong{"procedure p(out y)\nend\np(3)", 3, "is an output"},
+        Wrong{"procedure p()\nend\nx = p()", 3, "has no value"}, Wrong{"print 1 + \"a\"", 1, "integer and string"},
+        Wrong{"if [1, 2]\nend", 1, "a condition expected one value"}, Wrong{"x = 1:5:0", 1, "step"},
+        Wrong{"x = 0:1e300", 1, "2^31"}, Wrong{"zeros(1e10, 1e10)", 1, "too large"}, Wrong{"format(\"%n\", 1)", 1, "after %"},
+        Wrong{"format(\"%d\")", 1, "takes more"}, Wrong{"format(\"%999999d\", 1)", 1, "at most 4096"},
+        Wrong{"[1, [2, 3]]", 1, "one shape"}, Wrong{"[1, \"a\"]", 1, "one kind"}, Wrong{"x = {a: 1}.b", 1, "B"},
+        Wrong{"function f()\n x = 1\nend\ny = f()", 4, "returned no value"}, Wrong{"throw 1", 1, "throw expected"},
+        Wrong{"fault(\"x\")", 1, "segv"}));
 
 INSTANTIATE_TEST_SUITE_P(Parsing, Fails,
                          testing::Values(Wrong{"x = 1\nif x\n", 3, "expected 'end'"}, Wrong{"x = (1,\n", 1, "never closed"},

@@ -1,4 +1,5 @@
 // The modules of the build, loaded as a user loads them.
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -47,6 +48,38 @@ TEST(Modules, TheModuleAndOneThatBuildsOnItLoadAndWorkTogether) {
     EXPECT_NE(error_of("PROBE_1", bad).find("ZENT_PROBE_1: Terminal error: MATH_MAJOR_VIOLATION: "), std::string::npos);
   }
   orv::set_user_routine_handler(nullptr, nullptr);
+}
+
+// Every name of a unit must be visible outside the module: one of each stands for the others.
+TEST(Modules, TheModuleExportsTheLibrary) {
+  orv::load_module(ZENT_BUILD_DIR "/orv_zent.so");
+  for (const char* name : {"ORV_Load",
+                           "cmast_init",
+                           "cmath_err_table",
+                           "nextPrime",
+                           "zent_e1psh",
+                           "zents_error_options",
+                           "zent_find_message",
+                           "zents_machine",
+                           "zent_D_NUMBER",
+                           "zents_set_signal",
+                           "zent_key_create",
+                           "zents_c1dim",
+                           "zent_daxpy",
+                           "zents_ztrsv",
+                           "zent_isamax",
+                           "zents_dsvrgp",
+                           "zent_z_m1ran",
+                           "zents_idanan",
+                           "zent_d_constant",
+                           "zent_days_to_date",
+                           "zent_drnun",
+                           "zents_f_random_uniform",
+                           "zents_random_GFSR_table_get",
+                           "zent_faure_sequence_init",
+                           "zent_free_allocated_memory"}) {
+    EXPECT_NE(dlsym(RTLD_DEFAULT, name), nullptr) << name;
+  }
 }
 
 TEST(Modules, WhatIsNoModuleIsRefused) {

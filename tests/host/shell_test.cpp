@@ -65,7 +65,7 @@ TEST_P(Script, HoldsItsAssertions) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(, Script, testing::Values("routines", "faults", "nested", "uncaught", "friendly"));
+INSTANTIATE_TEST_SUITE_P(, Script, testing::Values("routines", "faults", "nested", "uncaught", "friendly", "random"));
 
 TEST(Tour, Runs) {
   const Ended ended = run(ZENT_SOURCE_DIR "/examples/tour.orv");

@@ -93,6 +93,7 @@ TEST_F(Dates, RefusesImpossibleDates) {
       {29, 2, 1900, MATH_BAD_DAY},
       {31, 4, 2001, MATH_BAD_DAY},
       {29, 2, 1501, MATH_BAD_DAY},
+      {1, -2147483648L, -100, MATH_INEQUALITY_VIOLATION_2},  // a Note for the year does not hide it
       {1, 1, LONG_MIN, MATH_INTEGER_OUT_OF_RANGE},
       {1, 1, LONG_MAX, MATH_INTEGER_OUT_OF_RANGE},
   };
