@@ -8,6 +8,7 @@
 #include <numeric>
 
 #include "tests/binding/module.hpp"
+#include "tests/support/crash.hpp"
 #include "zent.h"
 
 namespace {
@@ -25,9 +26,8 @@ Value fault(std::span<ORV_VARIABLE*>) {
   std::raise(SIGSEGV);
   return Value::real(0);
 }
-int* volatile nowhere = nullptr;
 Value null_write(std::span<ORV_VARIABLE*>) {
-  *nowhere = 1;
+  crash();
   return Value::real(0);
 }
 Value illegal_instruction(std::span<ORV_VARIABLE*>) {
@@ -212,7 +212,7 @@ TEST_F(Callback, AFaultInAnInnerRoutineWithoutATrapEndsTheOuterOne) {
 long deepest = 0;
 
 Value deeper(std::span<ORV_VARIABLE*>) {
-  if (--deepest == 0) *nowhere = 1;
+  if (--deepest == 0) crash();
   std::vector<Value> a{Value::integer(5), Value::integer(9), Value::text("deeper"), Value::real(0),
                        Value::real(3),    Value::integer(1), Value::real(-1)};
   call_inside("PROBE_1", a);
