@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 
 #include <algorithm>
+#include <iterator>
 #include <unordered_map>
 
 #include "host/internal.hpp"
@@ -173,13 +174,16 @@ void call_procedure(std::string_view name, std::span<Value*> arguments) {
   const auto* procedure = find_procedure(name);
   if (!procedure) throw Error("ERROR", "There is no procedure " + detail::upper(name) + ".");
   check_argument_count(*procedure, arguments.size());
-  std::vector<ORV_VARIABLE*> variables;
-  variables.reserve(arguments.size());
-  for (Value* argument : arguments) variables.push_back(argument->variable());
+  // On the stack unless there are unusually many: a fault that a module traps further out abandons this frame with what it owns.
+  ORV_VARIABLE* few[64];
+  std::vector<ORV_VARIABLE*> many(arguments.size() > std::size(few) ? arguments.size() : 0);
+  ORV_VARIABLE** const variables = many.empty() ? few : many.data();
+  const int count = static_cast<int>(arguments.size());
+  for (int k = 0; k < count; ++k) variables[k] = arguments[static_cast<std::size_t>(k)]->variable();
   const Called outer_procedure = called_procedure;
   const Called outer_routine = called_routine;
-  note_call(called_procedure, procedure->first.c_str(), static_cast<int>(variables.size()), variables.data());
-  Invocation call{procedure->second.handler, static_cast<int>(variables.size()), variables.data()};
+  note_call(called_procedure, procedure->first.c_str(), count, variables);
+  Invocation call{procedure->second.handler, count, variables};
   const unsigned long mark = detail::temporary_mark();
   long status = 0;
   const bool returned = protected_call(invoke, &call, &status);

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <csignal>
+#include <list>
 #include <numeric>
 
 #include "tests/binding/module.hpp"
@@ -184,14 +185,20 @@ void add_routines() {
   ORV_SysRtnAdd(rows, 0, 2);
 }
 
+// A fault abandons the frames of user functions, so these keep what they own elsewhere.
+std::vector<Value>& held(std::vector<Value> values) {
+  static std::list<std::vector<Value>> all;
+  return all.emplace_back(std::move(values));
+}
+
 void call_inside(const char* routine, std::vector<Value>& values) {
-  std::vector<Value*> arguments;
-  for (Value& value : values) arguments.push_back(&value);
-  orv::call_procedure(routine, arguments);
+  Value* arguments[8];
+  for (std::size_t k = 0; k < values.size(); ++k) arguments[k] = &values[k];
+  orv::call_procedure(routine, std::span(arguments, values.size()));
 }
 
 Value plain_fault(std::span<ORV_VARIABLE*>) {
-  std::vector<Value> a{Value::text("null_write"), Value()};
+  std::vector<Value>& a = held({Value::text("null_write"), Value()});
   call_inside("PLAIN_CALL", a);
   return a[1];
 }
@@ -213,8 +220,8 @@ long deepest = 0;
 
 Value deeper(std::span<ORV_VARIABLE*>) {
   if (--deepest == 0) crash();
-  std::vector<Value> a{Value::integer(5), Value::integer(9), Value::text("deeper"), Value::real(0),
-                       Value::real(3),    Value::integer(1), Value::real(-1)};
+  std::vector<Value>& a = held({Value::integer(5), Value::integer(9), Value::text("deeper"), Value::real(0), Value::real(3),
+                                Value::integer(1), Value::real(-1)});
   call_inside("PROBE_1", a);
   return a[6];
 }
