@@ -24,6 +24,7 @@ struct Setup {
   std::string module;
   bool no_module = false;
   std::string code;
+  bool has_code = false;               // the text may be empty
   std::vector<std::string> arguments;  // script first
 };
 
@@ -211,7 +212,7 @@ int run(const Setup& setup) {
   std::vector<orv::Value> texts;
   for (std::size_t k = 1; k < setup.arguments.size(); ++k) texts.push_back(orv::Value::text(setup.arguments[k]));
   interpreter.set_global("args", texts.empty() ? orv::Value::array(ORV_TYP_STRING, {0}) : orv::stack_values(texts));
-  if (!setup.code.empty()) {
+  if (setup.has_code) {
     status = guarded([&] { interpreter.run(setup.code, "-e", 1, true); }, ended);
   } else if (!setup.arguments.empty()) {
     status = guarded([&] { interpreter.run_file(setup.arguments[0]); }, ended);
@@ -231,10 +232,15 @@ int main(int argc, char** argv) {
   CLI::App app{"A shell for numerical work: orv [options] [file.orv [arguments...]]. Without a file it is interactive."};
   app.add_option("--module", setup.module, "the module to load instead of orv_zent.so");
   app.add_flag("--no-module", setup.no_module, "load no module");
-  app.add_option("-e", setup.code, "run this text and show the values of its expressions");
+  const auto* code = app.add_option("-e", setup.code, "run this text and show the values of its expressions");
   app.set_version_flag("--version", version);
   app.prefix_command();
-  CLI11_PARSE(app, argc, argv);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : 2;
+  }
+  setup.has_code = code->count() > 0;
   setup.arguments = app.remaining();
   if (!setup.arguments.empty() && setup.arguments[0].size() > 1 && setup.arguments[0][0] == '-') {
     std::fprintf(stderr, "orv: unknown option '%s'; see orv --help\n", setup.arguments[0].c_str());

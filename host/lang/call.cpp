@@ -27,6 +27,9 @@ std::string counted(long n, const char* what) {
 
 }  // namespace
 
+// A library may end the process when its own stack of calls is full, so the language stops well before that.
+constexpr int deepest_module_call = 50;
+
 void Interpreter::enter() {
   check_interrupt();
   if (depth_ >= deepest_call || static_cast<const char*>(__builtin_frame_address(0)) < stack_limit_) {
@@ -215,7 +218,10 @@ void Interpreter::call_module(const Expr& e) {
       argument_value(*e.kids[k], true, *arguments[k]);
     }
   }
+  if (module_depth_ >= deepest_module_call)
+    throw Error("ERROR", "calls of modules are nested too deep (at most " + std::to_string(deepest_module_call) + " levels)");
   enter();
+  ++module_depth_;
   const State inside = state();
   try {
     call_procedure(e.name, std::span<Value*>(arguments, n));

@@ -149,6 +149,9 @@ Value build_structure(const std::vector<std::pair<std::string, Value>>& fields) 
     key += name + ":" + describe(value) + ";";
     if (value.type() == ORV_TYP_STRUCT) key += std::to_string(reinterpret_cast<std::uintptr_t>(value.definition())) + ";";
   }
+  if (std::all_of(fields.begin(), fields.end(),
+                  [](const auto& field) { return field.second.is_array() && field.second.count() == 0; }))
+    throw Error("ERROR", "a structure expected at least one field that is not an empty array");
   ORV_SDEF& definition = known[key];
   if (!definition) definition = define_structure(fields);
   Value result = Value::structure(definition, -1);

@@ -73,6 +73,7 @@ void Interpreter::restore(const State& s) {
   result_ = s.result;
   unit_ = s.unit;
   depth_ = s.depth;
+  module_depth_ = s.module_depth;
 }
 
 void Interpreter::interrupt() {

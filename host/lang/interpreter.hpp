@@ -118,6 +118,7 @@ class Interpreter {
     Value* result;
     const Unit* unit;
     int depth;
+    int module_depth;
   };
 
   struct Range {
@@ -130,7 +131,7 @@ class Interpreter {
   Value* push();
   void unwind(Value* top);
   State state() const {
-    return {top_, base_, result_, unit_, depth_};
+    return {top_, base_, result_, unit_, depth_, module_depth_};
   }
   void restore(const State& s);
 
@@ -199,6 +200,7 @@ class Interpreter {
   Value* result_ = nullptr;
   const Unit* unit_ = nullptr;
   int depth_ = 0;
+  int module_depth_ = 0;  // module calls that call each other through user functions
   bool echo_ = false;
   bool exiting_ = false;
   int exit_status_ = 0;
