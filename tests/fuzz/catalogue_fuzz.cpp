@@ -5,16 +5,8 @@
 #include <cstdint>
 #include <string>
 
-#include "runtime/error.hpp"
-
-namespace zent {
-template <>
-ErrorState ErrorStorage<Math>::state{};
-template <>
-ErrorState ErrorStorage<Stat>::state{};
-}  // namespace zent
-
 #include "runtime/catalogue.cpp"
+#include "runtime/error.hpp"
 
 namespace {
 
