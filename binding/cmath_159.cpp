@@ -35,8 +35,7 @@ long mathstat_159(int argc, ORV_VARIABLE** argv, char*) {
   if (!read_arguments(routine_159, argc, argv, arguments)) return 0;
   const int type = arguments.precision == ORV_TYP_INT64 ? ORV_TYP_INT64 : arguments.real_type();
   if (arguments.variable[result]->type != type) {
-    cmast_pop_fcn_name();
-    raise_error("MACHINE: argument RESULT must be an array of the type that PRECISION asks for");
+    refuse("MACHINE: argument RESULT must be an array of the type that PRECISION asks for");
     return 0;
   }
   if (type == ORV_TYP_INT64) {

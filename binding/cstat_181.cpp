@@ -11,52 +11,45 @@ namespace {
 
 enum { distribution = 2, n_random, result, parameters, position_count = 36 };
 
-constexpr Position unused = {"UNUSED", Kind::optional, Type::any, "not looked at"};
 constexpr Position positions[] = {
     precision_position,
     status_position,
     {"DISTRIBUTION", Kind::optional, Type::text, "UNIFORM, which is the default"},
     {"N", Kind::required, Type::integer, "number of deviates"},
     {"RESULT", Kind::output, Type::real, "array of at least N values, allocated by the caller"},
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
 };
 static_assert(sizeof positions / sizeof positions[0] == position_count && parameters == 5);
-
-bool refuse(const char* text) {
-  cmast_pop_fcn_name();
-  raise_error(text);
-  return false;
-}
 
 bool accept(const Arguments& a) {
   const char* name = a.text(distribution);

@@ -19,7 +19,7 @@ constexpr Position positions[] = {
     {"GET_GFSR", Kind::optional, Type::integer,
      "array of 1565 values that receives the table of generator 7 and its two indices"},
     {"SET_GFSR", Kind::optional, Type::integer, "1565 positive values; a first value of 0 has the table rebuilt"},
-    {"UNUSED", Kind::optional, Type::any, "not looked at"},
+    unused_position,
 };
 static_assert(sizeof positions / sizeof positions[0] == position_count);
 
@@ -28,9 +28,7 @@ bool has_length(const Arguments& a, int k, long length) {
   char text[96];
   std::snprintf(text, sizeof text, "RANDOM_TABLE: argument %s must have %ld elements, not %ld", positions[k].name, length,
                 a.count[k]);
-  cmast_pop_fcn_name();
-  raise_error(text);
-  return false;
+  return refuse(text);
 }
 
 template <class Real>

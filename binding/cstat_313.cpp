@@ -14,7 +14,7 @@ constexpr Position positions[] = {
     {"SELECTOR", Kind::optional, Type::any, "0 or undefined: least prime not below N; else: 1 if N is prime, 0 if it is not"},
     {"RESULT", Kind::output, Type::any,
      "64-bit integer scalar. The least prime not below a number under 2 is 2; none is below 2"},
-    {"UNUSED", Kind::optional, Type::any, "not looked at"},
+    unused_position,
 };
 static_assert(sizeof positions / sizeof positions[0] == position_count);
 

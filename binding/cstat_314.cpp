@@ -8,7 +8,6 @@ namespace {
 
 enum { n_dimensions = 2, base, skip, state, unused_from, position_count = 12 };
 
-constexpr Position unused = {"UNUSED", Kind::optional, Type::any, "not looked at"};
 constexpr Position positions[] = {
     precision_position,
     status_position,
@@ -17,12 +16,12 @@ constexpr Position positions[] = {
     {"SKIP", Kind::optional, Type::integer, "points to skip at the start, at least 1", ZENTS_SKIP, Pass::value},
     {"STATE", Kind::output, Type::any,
      "an undefined variable: receives the sequence as a byte array, to be handed back unchanged"},
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
 };
 static_assert(sizeof positions / sizeof positions[0] == position_count && unused_from + 6 == position_count);
 
@@ -56,9 +55,7 @@ long mathstat_314(int argc, ORV_VARIABLE** argv, char*) {
   // Options carry 32-bit integers: a greater one must not come out as another number.
   for (int k : {base, skip}) {
     if (!arguments.present[k] || arguments.integer(k) == static_cast<int>(arguments.integer(k))) continue;
-    cmast_pop_fcn_name();
-    raise_error(k == base ? "FAURE_INIT: argument BASE does not fit in 32 bits"
-                          : "FAURE_INIT: argument SKIP does not fit in 32 bits");
+    refuse(k == base ? "FAURE_INIT: argument BASE does not fit in 32 bits" : "FAURE_INIT: argument SKIP does not fit in 32 bits");
     return 0;
   }
   Words words;

@@ -9,7 +9,6 @@ namespace {
 
 enum { state = 2, n_points, result, skip, unused_from, position_count = 14 };
 
-constexpr Position unused = {"UNUSED", Kind::optional, Type::any, "not looked at"};
 constexpr Position positions[] = {
     precision_position,
     status_position,
@@ -17,14 +16,14 @@ constexpr Position positions[] = {
     {"NPOINTS", Kind::optional, Type::integer, "how many points; default 1"},
     {"RESULT", Kind::output, Type::any, "an undefined variable: receives NPOINTS by the dimension values in [0, 1)"},
     {"SKIP", Kind::optional, Type::integer, "receives the number of points that were skipped at the start"},
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
-    unused,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
+    unused_position,
 };
 static_assert(sizeof positions / sizeof positions[0] == position_count && unused_from + 8 == position_count);
 
@@ -55,8 +54,7 @@ long mathstat_315(int argc, ORV_VARIABLE** argv, char*) {
     refusal = "FAURE_NEXT_PT: argument NPOINTS must be at least 1";
   }
   if (refusal != nullptr) {
-    cmast_pop_fcn_name();
-    raise_error(refusal);
+    refuse(refusal);
     return 0;
   }
   zents_faure sequence = faure_view(bytes);

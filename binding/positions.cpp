@@ -60,9 +60,7 @@ bool refuse(const Arguments& arguments, const Position& position, const char* wh
   char text[256];
   std::snprintf(text, sizeof text, "%s: argument %s %s%s%s%s", arguments.routine->label, position.name, why, expected,
                 found[0] == '\0' ? "" : ", not ", found);
-  cmast_pop_fcn_name();
-  raise_error(text);
-  return false;
+  return zent::binding::refuse(text);
 }
 
 bool refuse_undefined(ORV_VARIABLE* variable) {

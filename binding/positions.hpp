@@ -58,6 +58,9 @@ inline constexpr Position precision_position = {"PRECISION", Kind::required, Typ
                                                 "type code of the computation: 5 double, 4 single"};
 inline constexpr Position status_position = {"STATUS", Kind::output, Type::status, "0, or 1 after an error that is passed over"};
 
+// A position that a routine has and does not use.
+inline constexpr Position unused_position = {"UNUSED", Kind::optional, Type::any, "not looked at"};
+
 inline constexpr int most_positions = 44;
 
 struct Arguments {

@@ -10,4 +10,11 @@ inline void raise_error(const char* text) {
   ORV_MessageFromBlock(_ORV_orv_zent_msg_block, ORV_M_ZENT_ERROR, ORV_MSG_RAISE, text);
 }
 
+// The same for an argument that is refused: the label stands for a call in progress only, so it goes first. False.
+inline bool refuse(const char* text) {
+  cmast_pop_fcn_name();
+  raise_error(text);
+  return false;
+}
+
 }  // namespace zent::binding

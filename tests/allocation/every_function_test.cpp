@@ -10,16 +10,14 @@
 #include <vector>
 
 #include "tests/support/failing_allocation.hpp"
+#include "tests/support/quiet.hpp"
 #include "zent.h"
 #include "zents.h"
 
 namespace {
 
-void be_quiet() {
-  for (int type = 1; type <= 7; ++type) {
-    zent_error_options(ZENT_SET_PRINT, type, 0, ZENT_SET_STOP, type, 0, 0);
-    zents_error_options(ZENTS_SET_PRINT, type, 0, ZENTS_SET_STOP, type, 0, 0);
-  }
+void be_silent() {
+  be_quiet();
   std::freopen("/dev/null", "w", stderr);
 }
 
@@ -125,7 +123,7 @@ class EveryAllocation : public ::testing::TestWithParam<Function> {};
 
 // 0: no allocation failed; 1: failed and right; above: what was wrong.
 int outcome(const Function& function, long k) {
-  be_quiet();
+  be_silent();
   if (!function.once) {  // the once-only memory of the runtime and the catalogues
     function.run(false);
     zent_find_message(MATH_OUT_OF_MEMORY);
@@ -158,10 +156,10 @@ TEST_P(EveryAllocation, FailsInTurn) {
 }
 
 const Function functions[] = {
-    {"constant", constant, false},   {"message", message, true}, {"stat_message", stat_message, true},
-    {"error_path", error_path, true}, {"streams", streams, true}, {"keys", keys, true},
-    {"m1ran", transposition, false}, {"svrgp", sorting, false},  {"dates", dates, false},
-    {"uniform", uniform, false},     {"first_draw", uniform, true}, {"random_tables", random_tables, false},
+    {"constant", constant, false},    {"message", message, true},    {"stat_message", stat_message, true},
+    {"error_path", error_path, true}, {"streams", streams, true},    {"keys", keys, true},
+    {"m1ran", transposition, false},  {"svrgp", sorting, false},     {"dates", dates, false},
+    {"uniform", uniform, false},      {"first_draw", uniform, true}, {"random_tables", random_tables, false},
     {"faure", faure, false},
 };
 

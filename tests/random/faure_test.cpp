@@ -4,17 +4,11 @@
 #include <cmath>
 #include <vector>
 
+#include "tests/support/quiet.hpp"
 #include "zent.h"
 #include "zents.h"
 
 namespace {
-
-void be_quiet() {
-  for (int type = 1; type <= 7; ++type) {
-    zent_error_options(ZENT_SET_PRINT, type, 0, ZENT_SET_STOP, type, 0, 0);
-    zents_error_options(ZENTS_SET_PRINT, type, 0, ZENTS_SET_STOP, type, 0, 0);
-  }
-}
 
 TEST(Faure, DefaultsOfSmallDimensions) {
   be_quiet();

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "math/random/saved_stream.hpp"
+#include "tests/support/quiet.hpp"
 #include "zent.h"
 #include "zents.h"
 
@@ -42,13 +43,6 @@ FORM(MathDouble, zent, d, double, 6)
 FORM(StatSingle, zents, , float, 7)
 FORM(StatDouble, zents, d, double, 7)
 #undef FORM
-
-void be_quiet() {
-  for (int type = 1; type <= 7; ++type) {
-    zent_error_options(ZENT_SET_PRINT, type, 0, ZENT_SET_STOP, type, 0, 0);
-    zents_error_options(ZENTS_SET_PRINT, type, 0, ZENTS_SET_STOP, type, 0, 0);
-  }
-}
 
 float float_scale() {
   const std::uint32_t bits = 0x2FFFFFFF;

@@ -2,6 +2,7 @@
 
 #include <climits>
 
+#include "tests/support/quiet.hpp"
 #include "zent.h"
 
 namespace {
@@ -9,7 +10,7 @@ namespace {
 class Dates : public ::testing::Test {
  protected:
   void SetUp() override {
-    for (int type = 1; type <= 7; ++type) zent_error_options(ZENT_SET_PRINT, type, 0, ZENT_SET_STOP, type, 0, 0);
+    be_quiet();
   }
 };
 

@@ -4,8 +4,8 @@
 
 namespace failing {
 
-void arm(long k);     // the k-th allocation from now on fails; 0: none
-bool struck();        // the armed failure came
-long live_blocks();   // allocated through the wrapped functions and not freed yet
+void arm(long k);    // the k-th allocation from now on fails; 0: none
+bool struck();       // the armed failure came
+long live_blocks();  // allocated through the wrapped functions and not freed yet
 
 }  // namespace failing
