@@ -79,13 +79,14 @@ bool l_look_for_file(const char* candidate, int* descriptor) {
   return true;
 }
 
-// Writes entry + file to `out`. False for an entry to skip: its variable is not set, or it is too long.
+// Writes entry + file to `out`. False for an entry to skip: its variable is not set, its name runs to the end of the path, or it
+// is too long.
 bool l_expand_entry(const char* entry, long length, const char* file, char* out) {
   const char* value = "";
   if (length > 0 && entry[0] == '$') {
     long end = 1;
     while (end < length && entry[end] != '/') ++end;
-    if (end > path_bytes) return false;
+    if (end > path_bytes || entry[end] == '\0') return false;
     std::memcpy(out, entry + 1, static_cast<size_t>(end - 1));
     out[end - 1] = '\0';
     value = end > 1 ? std::getenv(out) : nullptr;

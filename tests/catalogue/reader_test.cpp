@@ -241,14 +241,15 @@ TEST_F(Paths, EntriesAreTriedFromTheLeftAndTakenLiterally) {
 }
 
 TEST_F(Paths, EmptyEntriesMeanTheBareFileName) {
-  for (const char* path : {"", ":", "/nonexistent/:", ":/nonexistent/", "$BLANK"}) {
+  for (const char* path : {"", ":", "/nonexistent/:", ":/nonexistent/", "$BLANK:/nonexistent/"}) {
     EXPECT_TRUE(finds(path, there.path())) << path;
     EXPECT_FALSE(finds(path, "/")) << path;
   }
 }
 
 TEST_F(Paths, VariablesAreReplacedOrTheirEntriesSkipped) {
-  EXPECT_TRUE(finds("$HERE"));
+  EXPECT_TRUE(finds("$HERE:"));
+  EXPECT_FALSE(finds("$HERE"));  // the name runs to the end of the path
   EXPECT_TRUE(finds("$BARE/"));
   EXPECT_TRUE(finds("/nonexistent/:$BARE/:x"));
   EXPECT_FALSE(finds("$BARE"));
