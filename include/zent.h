@@ -6,31 +6,7 @@
 #define ZENT_H
 
 #include "zent/base.h"
-
-/* Codes of zent_error_options. */
-#define ZENT_SET_PRINT 10188
-#define ZENT_GET_PRINT 10189
-#define ZENT_SET_STOP 10190
-#define ZENT_GET_STOP 10191
-#define ZENT_GET_TRACEBACK 10192
-#define ZENT_SET_TRACEBACK 10193
-#define ZENT_SET_ERROR_FILE 10194
-#define ZENT_GET_ERROR_FILE 10210
-#define ZENT_ERROR_PRINT_PROC 10195
-#define ZENT_ERROR_MSG_PATH 10196
-#define ZENT_ERROR_MSG_NAME 10197
-#define ZENT_FULL_TRACEBACK 10301
-#define ZENT_LIBRARY_ID 50000
-#define ZENT_SIGNAL_TRAPPING 50012
-
-/* Codes that recur in the option lists of this half. */
-#define ZENT_RETURN_USER 10260
-#define ZENT_FCN_W_DATA 13101
-
-/* Codes of the Faure sequence. */
-#define ZENT_BASE 12100
-#define ZENT_SKIP 12101
-#define ZENT_RETURN_SKIP 12102
+#include "zent/option_codes.h"
 
 #define ZENT_HALF(name) zent_##name
 #include "zent/runtime.inc"
@@ -38,7 +14,17 @@
 #include "zent/random.inc"
 #undef ZENT_HALF
 
+#include "zent/eigen.h"
+#include "zent/functions.h"
+#include "zent/least_squares.h"
+#include "zent/linear.h"
+#include "zent/band.h"
+#include "zent/norms.h"
+#include "zent/optimize.h"
+#include "zent/quadrature.h"
+#include "zent/roots.h"
 #include "zent/special.h"
+#include "zent/transform.h"
 
 #ifdef __cplusplus
 extern "C" {

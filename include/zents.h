@@ -37,6 +37,8 @@
 #include "zent/random.inc"
 #undef ZENT_HALF
 
+#include "zent/distributions.h"
+
 #ifdef __cplusplus
 extern "C" {
 #endif

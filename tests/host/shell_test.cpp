@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -65,7 +66,16 @@ TEST_P(Script, HoldsItsAssertions) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(, Script, testing::Values("routines", "faults", "nested", "uncaught", "friendly", "random"));
+std::vector<std::string> scripts() {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(ZENT_SOURCE_DIR "/tests/host/scripts")) {
+    if (entry.path().extension() == ".orv") names.push_back(entry.path().stem());
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+INSTANTIATE_TEST_SUITE_P(, Script, testing::ValuesIn(scripts()));
 
 TEST(Tour, Runs) {
   const Ended ended = run(ZENT_SOURCE_DIR "/examples/tour.orv");
