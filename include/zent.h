@@ -15,6 +15,8 @@
 #undef ZENT_HALF
 
 #include "zent/eigen.h"
+#include "zent/eigen_general.h"
+#include "zent/bessel.h"
 #include "zent/functions.h"
 #include "zent/least_squares.h"
 #include "zent/linear.h"
