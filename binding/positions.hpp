@@ -77,7 +77,7 @@ struct Arguments {
     return precision == ORV_TYP_DOUBLE;
   }
   int real_type() const {
-    return is_double() ? ORV_TYP_DOUBLE : ORV_TYP_FLOAT;
+    return is_double() || precision == ORV_TYP_DCOMPLEX ? ORV_TYP_DOUBLE : ORV_TYP_FLOAT;
   }
   long integer(int k) const {
     return *static_cast<const long*>(data[k]);

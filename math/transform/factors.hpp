@@ -1,0 +1,62 @@
+// Factorization of a length, and the layout of the tables that the transforms share.
+#pragma once
+
+namespace zent::transform {
+
+// Enough for every length that a long can hold.
+inline constexpr int most_factors = 64;
+
+struct Factors {
+  int count;
+  long factor[most_factors];
+};
+
+// Divides by the four given divisors, then by 7, 9, 11, ..., each as often as it goes. A 2 that is not the first factor goes to
+// the front.
+inline Factors factorize(long n, const int (&first_divisors)[4]) {
+  Factors f = {};
+  long divisor = 0, left = n;
+  for (int attempt = 0; left > 1; ++attempt) {
+    divisor = attempt < 4 ? first_divisors[attempt] : divisor + 2;
+    if (attempt == 4) divisor = 7;
+    if (divisor > 5 && divisor > left / divisor) divisor = left;  // nothing smaller is left to find
+    while (left % divisor == 0) {
+      left /= divisor;
+      f.factor[f.count++] = divisor;
+      if (divisor != 2 || f.count == 1) continue;
+      for (int k = f.count - 1; k > 0; --k) f.factor[k] = f.factor[k - 1];
+      f.factor[0] = 2;
+    }
+  }
+  return f;
+}
+
+inline Factors complex_factors(long n) {
+  return factorize(n, {3, 4, 2, 5});
+}
+inline Factors real_factors(long n) {
+  return factorize(n, {4, 2, 3, 5});
+}
+
+// Where things stand in a table made for length n. A table keeps at most this many factors; the transforms factor n afresh.
+inline constexpr int kept_factors = 13;
+inline constexpr long complex_table_length(long n) {
+  return 4 * n + 15;
+}
+inline constexpr long real_table_length(long n) {
+  return 2 * n + 15;
+}
+inline constexpr long sine_table_length(long n) {
+  return (5 * n + 30) / 2;
+}
+inline constexpr long cosine_table_length(long n) {
+  return 3 * n + 15;
+}
+
+// Numbers in a table are kept as reals and read back by rounding.
+template <class Real>
+long stored_integer(Real value) {
+  return static_cast<long>(value < 0 ? value - Real(0.5) : value + Real(0.5));
+}
+
+}  // namespace zent::transform

@@ -1,0 +1,326 @@
+// Twiddles, and the store of those that calls without a table of their own share.
+#include "math/transform/prepared.hpp"
+
+#include <cstdlib>
+#include <initializer_list>
+
+#include "math/transform/core.hpp"
+#include "math/transform/factors.hpp"
+#include "math/transform/roots.hpp"
+#include "runtime/scratch.hpp"
+
+namespace zent::transform {
+
+namespace {
+
+enum class Kind { none, line, columns, roots, chirp };
+
+// The newest few results for a precision. A transform uses at most seven at a time, so the oldest can always go.
+struct Entry {
+  Kind kind;
+  Level level;
+  long n, age, bytes;
+  void* data;
+};
+constexpr int entry_count = 48, held_at_once = 8;
+constexpr long most_bytes = 1L << 26;
+
+template <class Real>
+struct Store {
+  static inline Entry entries[entry_count];
+  static inline long clock;
+};
+
+template <class Real>
+Real* find(Kind kind, long n) {
+  for (Entry& entry : Store<Real>::entries) {
+    if (entry.n != n || entry.kind != kind || entry.level != top_level()) continue;
+    entry.age = ++Store<Real>::clock;
+    return static_cast<Real*>(entry.data);
+  }
+  return nullptr;
+}
+
+void drop(Entry& entry) {
+  std::free(entry.data);
+  entry = {};
+}
+
+// A new entry, its oldest fellows dropped where it takes too much room beside them.
+template <class Real>
+Real* insert(Kind kind, long n, long reals) {
+  const long bytes = reals * static_cast<long>(sizeof(Real));
+  auto& entries = Store<Real>::entries;
+  for (;;) {
+    Entry* oldest = nullptr;
+    Entry* empty = nullptr;
+    long total = bytes;
+    int count = 0;
+    for (Entry& entry : entries) {
+      if (entry.kind == Kind::none) {
+        empty = &entry;
+        continue;
+      }
+      ++count;
+      total += entry.bytes;
+      if (oldest == nullptr || entry.age < oldest->age) oldest = &entry;
+    }
+    if (empty != nullptr && (total <= most_bytes || count < held_at_once)) {
+      void* data = std::aligned_alloc(64, static_cast<std::size_t>((bytes + 63) / 64 * 64));
+      if (data == nullptr) return nullptr;
+      *empty = {kind, top_level(), n, ++Store<Real>::clock, bytes, data};
+      return static_cast<Real*>(data);
+    }
+    drop(*oldest);
+  }
+}
+
+template <class Real>
+void forget(Kind kind, long n) {
+  for (Entry& entry : Store<Real>::entries) {
+    if (entry.kind == kind && entry.n == n) drop(entry);
+  }
+}
+
+Root* root_memory(long n) {
+  return scratch<Math, Root>(Roots::storage(n));
+}
+
+// The shortest convenient length of at least `least`.
+long convolution_length(long least) {
+  long best = 0;
+  for (const long odd : {1L, 3L, 5L, 9L, 15L, 25L, 27L, 45L}) {
+    long length = odd;
+    while (length < least) length *= 2;
+    if (best == 0 || length < best) best = length;
+  }
+  return best;
+}
+
+}  // namespace
+
+template <class Real>
+bool complex_twiddles(long n, Real* twiddles) {
+  Root* memory = root_memory(n);
+  if (memory == nullptr) return false;
+  const Roots roots(n, memory);
+  const Factors factors = complex_factors(n);
+  long l1 = 1;
+  Real* pair = twiddles;
+  for (int k = 0; k < factors.count; ++k) {
+    const long radix = factors.factor[k], ido = n / (l1 * radix);
+    for (long j = 1; j < radix; ++j) {
+      const long step = j * l1;
+      // The leading place of a row: 1, or for the general pass exp(2 pi i j / radix). Where a row ends its last pair falls on the
+      // leading place of the next row and is overwritten by it.
+      roots.get(radix > 5 ? ido * step : 0, pair);
+      long angle = step;
+      for (long i = 1; i < ido; ++i, angle += step) roots.get(angle, pair + 2 * i);
+      pair += 2 * ido;
+      if (pair < twiddles + 2 * n) roots.get(ido * step % n, pair);
+    }
+    l1 *= radix;
+  }
+  return true;
+}
+
+template <class Real>
+bool real_twiddles(long n, Real* twiddles) {
+  Root* memory = root_memory(n);
+  if (memory == nullptr) return false;
+  const Roots roots(n, memory);
+  const Factors factors = real_factors(n);
+  for (long k = 0; k < n; ++k) twiddles[k] = 0;
+  long l1 = 1;
+  Real* row = twiddles;
+  for (int k = 0; k + 1 < factors.count; ++k) {
+    const long radix = factors.factor[k], ido = n / (l1 * radix);
+    for (long j = 1; j < radix; ++j, row += ido) {
+      for (long i = 1; i <= (ido - 1) / 2; ++i) roots.get(i * j * l1, row + 2 * (i - 1));
+    }
+    l1 *= radix;
+  }
+  return true;
+}
+
+namespace {
+
+// Reals that come before an aligned part, rounded up to whole cache lines.
+template <class Real>
+constexpr long aligned(long reals) {
+  constexpr long line = 64 / static_cast<long>(sizeof(Real));
+  return (reals + line - 1) / line * line;
+}
+
+// Factors n and lays the twiddles out: `rows` and `roots` become the numbers of reals that they take.
+void set_stages(long n, Plan& plan) {
+  const Factors factors = complex_factors(n);
+  plan.n = n;
+  plan.count = factors.count;
+  plan.width = 1;
+  plan.first_count = 0;
+  plan.n1 = 1;
+  plan.work = 0;
+  long l1 = 1;
+  for (int k = 0; k < factors.count; ++k) {
+    const long radix = factors.factor[k];
+    plan.stage[k] = {radix, l1, n / (l1 * radix), 0, 0};
+    l1 *= radix;
+  }
+}
+
+void lay_out(Plan& plan, long& rows, long& roots) {
+  rows = roots = 0;
+  for (int k = 0; k < plan.count; ++k) {
+    Stage& stage = plan.stage[k];
+    stage.rows = rows;
+    stage.roots = roots;
+    if (stage.radix > largest_radix) continue;
+    if (k >= plan.first_count) rows += 2 * (stage.radix - 1) * stage.ido;
+    if (stage.radix > 5) roots += 2 * (stage.radix - 1);
+  }
+}
+
+template <class Real>
+void fill_rows(const Plan& plan, const Roots& roots, Real* rows, Real* radix_roots) {
+  for (int k = 0; k < plan.count; ++k) {
+    const Stage& stage = plan.stage[k];
+    if (stage.radix > largest_radix) continue;
+    for (long j = 1; j < stage.radix; ++j) {
+      if (stage.radix > 5) roots.get(j * stage.ido * stage.l1, radix_roots + stage.roots + 2 * (j - 1));
+      if (k < plan.first_count) continue;
+      Real* row = rows + stage.rows + 2 * (j - 1) * stage.ido;
+      for (long i = 0; i < stage.ido; ++i) roots.get(i * j * stage.l1, row + 2 * i);
+    }
+  }
+}
+
+template <class Real>
+void fill_columns(const Plan& plan, const Roots& roots, Real* next) {
+  const long n2 = plan.n / plan.n1, width = plan.width;
+  for (long group = 0; group < n2; group += width) {
+    const long column = group + width <= n2 ? group : n2 - width;
+    for (int k = 0; k < plan.first_count; ++k) {
+      const Stage& stage = plan.stage[k];
+      for (long i = 0; i < stage.ido / n2; ++i) {
+        for (long j = 1; j < stage.radix; ++j, next += 2 * width) {
+          for (long lane = 0; lane < width; ++lane) {
+            Real pair[2];
+            roots.get((column + lane + n2 * i) * j * stage.l1, pair);
+            next[lane] = pair[0];
+            next[width + lane] = pair[1];
+          }
+        }
+      }
+    }
+  }
+}
+
+template <class Real>
+const Prepared<Real>* prepare(Kind kind, long n) {
+  Real* found = find<Real>(kind, n);
+  if (found != nullptr) return reinterpret_cast<const Prepared<Real>*>(found);
+  Root* memory = root_memory(n);
+  if (memory == nullptr) return nullptr;
+  Plan plan;
+  set_stages(n, plan);
+  if (kind == Kind::line) engine<Real>().split(plan);
+  const bool passes = plan.width > 1 || plan.first_count == 0;
+  long rows, roots;
+  lay_out(plan, rows, roots);
+  const long groups = (n / plan.n1 + plan.width - 1) / plan.width;
+  const long head = aligned<Real>(static_cast<long>(sizeof(Prepared<Real>) / sizeof(Real)) + 1);
+  const long columns = passes ? aligned<Real>(groups * 2 * plan.width * (plan.n1 - 1)) : 0;
+  const long work = aligned<Real>(kind == Kind::line ? plan.work : column_work(n));
+  const long planes = kind == Kind::line ? aligned<Real>(2 * n) : 0;
+  found = insert<Real>(kind, n, head + columns + work + planes + rows + roots);
+  if (found == nullptr) return nullptr;
+  auto* prepared = reinterpret_cast<Prepared<Real>*>(found);
+  Real* next = found + head;
+  Real* const buffer = next + columns;
+  Real* const row_twiddles = buffer + work + planes;
+  *prepared = {plan, {row_twiddles, next, row_twiddles + rows}, buffer + work, buffer};
+  const Roots unity(n, memory);
+  fill_rows(plan, unity, row_twiddles, row_twiddles + rows);
+  if (passes) fill_columns(plan, unity, next);
+  return prepared;
+}
+
+}  // namespace
+
+template <class Real>
+const Prepared<Real>* prepared_line(long n) {
+  return prepare<Real>(Kind::line, n);
+}
+
+template <class Real>
+const Prepared<Real>* prepared_columns(long n) {
+  return prepare<Real>(Kind::columns, n);
+}
+
+template <class Real>
+bool prepared_roots(long n, PreparedRoots<Real>& prepared) {
+  const long count = aligned<Real>(2 * (n / 4 + 1));
+  Real* found = find<Real>(Kind::roots, n);
+  if (found == nullptr) {
+    Root* memory = root_memory(n);
+    if (memory == nullptr) return false;
+    found = insert<Real>(Kind::roots, n, count + n);
+    if (found == nullptr) return false;
+    const Roots roots(n, memory);
+    for (long k = 0; k <= n / 4; ++k) roots.get(k, found + 2 * k);
+  }
+  prepared = {found, found + count};
+  return true;
+}
+
+template <class Real>
+bool prepared_chirp(long p, Chirp<Real>& chirp) {
+  const long length = convolution_length(2 * p - 1), count = aligned<Real>(2 * p), filter = aligned<Real>(2 * length);
+  Real* data = find<Real>(Kind::chirp, p);
+  if (data == nullptr) {
+    Root* memory = root_memory(2 * p);
+    if (memory == nullptr) return false;
+    data = insert<Real>(Kind::chirp, p, count + 2 * filter);
+    if (data == nullptr) return false;
+    Real* periodic = data + count;
+    for (long k = 0; k < 2 * length; ++k) periodic[k] = 0;
+    const Roots roots(2 * p, memory);
+    long square = 0;  // j^2 modulo 2 p
+    for (long j = 0; j < p; ++j) {
+      roots.get(square, data + 2 * j);
+      square = (square + 2 * j + 1) % (2 * p);
+      for (const long place : {j, (length - j) % length}) {
+        periodic[2 * place] = data[2 * j] / static_cast<Real>(length);
+        periodic[2 * place + 1] = data[2 * j + 1] / static_cast<Real>(length);
+      }
+    }
+    if (!transform<Real>(length, periodic, periodic, false)) {
+      forget<Real>(Kind::chirp, p);
+      return false;
+    }
+  }
+  chirp = {length, data, data + count, data + count + filter};
+  return true;
+}
+
+template <class Real>
+void drop_large() {
+  for (Entry& entry : Store<Real>::entries) {
+    if (entry.kind != Kind::none && entry.bytes > most_bytes) drop(entry);
+  }
+}
+
+#define ZENT_FORM(Real)                                             \
+  template bool complex_twiddles<Real>(long n, Real*);              \
+  template bool real_twiddles<Real>(long n, Real*);                 \
+  template const Prepared<Real>* prepared_line<Real>(long n);       \
+  template const Prepared<Real>* prepared_columns<Real>(long n);    \
+  template bool prepared_roots<Real>(long n, PreparedRoots<Real>&); \
+  template bool prepared_chirp<Real>(long p, Chirp<Real>&);         \
+  template void drop_large<Real>();
+ZENT_FORM(float)
+ZENT_FORM(double)
+#undef ZENT_FORM
+
+}  // namespace zent::transform

@@ -1,0 +1,358 @@
+// Fourier transforms against their definitions, in every engine that the machine can run.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <complex>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include "math/transform/plan.hpp"
+#include "tests/support/quiet.hpp"
+#include "zent.h"
+
+namespace {
+
+using zent::transform::Level;
+using Exact = std::complex<long double>;
+
+template <class R>
+struct Form;
+template <>
+struct Form<double> {
+  using Complex = zent_d_complex;
+  static constexpr auto fft_complex = zent_z_fft_complex;
+  static constexpr auto real = zent_d_fft_real;
+  static constexpr auto sine = zent_d_fft_sine;
+  static constexpr auto cosine = zent_d_fft_cosine;
+  static constexpr auto plane = zent_z_fft_2d_complex;
+  static constexpr auto complex_init = zent_z_fft_complex_init;
+  static constexpr auto real_init = zent_d_fft_real_init;
+  static constexpr auto sine_init = zent_d_fft_sine_init;
+  static constexpr auto cosine_init = zent_d_fft_cosine_init;
+  static constexpr auto odd_pass = zent_df8tcf;
+};
+template <>
+struct Form<float> {
+  using Complex = zent_f_complex;
+  static constexpr auto fft_complex = zent_c_fft_complex;
+  static constexpr auto real = zent_f_fft_real;
+  static constexpr auto sine = zent_f_fft_sine;
+  static constexpr auto cosine = zent_f_fft_cosine;
+  static constexpr auto plane = zent_c_fft_2d_complex;
+  static constexpr auto complex_init = zent_c_fft_complex_init;
+  static constexpr auto real_init = zent_f_fft_real_init;
+  static constexpr auto sine_init = zent_f_fft_sine_init;
+  static constexpr auto cosine_init = zent_f_fft_cosine_init;
+  static constexpr auto odd_pass = zent_f8tcf;
+};
+
+template <class R>
+std::vector<R> noise(long n) {
+  std::mt19937 generator(static_cast<unsigned>(n));
+  std::uniform_real_distribution<double> uniform(-1, 1);
+  std::vector<R> x(static_cast<std::size_t>(n));
+  for (R& v : x) v = static_cast<R>(uniform(generator));
+  return x;
+}
+
+// The definition, with roots from a table in extended precision.
+std::vector<Exact> definition(const std::vector<Exact>& p, bool backward) {
+  const std::size_t n = p.size();
+  std::vector<Exact> root(n), q(n);
+  for (std::size_t k = 0; k < n; ++k) {
+    const long double angle = 2 * std::acos(-1.0L) * static_cast<long double>(k) / static_cast<long double>(n);
+    root[k] = {std::cos(angle), backward ? std::sin(angle) : -std::sin(angle)};
+  }
+  for (std::size_t m = 0; m < n; ++m) {
+    for (std::size_t k = 0, angle = 0; k < n; ++k, angle = (angle + m) % n) q[m] += p[k] * root[angle];
+  }
+  return q;
+}
+
+// Difference in the 2-norm, relative, in units of epsilon times log2 of the length.
+template <class R>
+double error(const std::vector<Exact>& found, const std::vector<Exact>& expected) {
+  long double difference = 0, size = 0;
+  for (std::size_t k = 0; k < expected.size(); ++k) {
+    difference += std::norm(found[k] - expected[k]);
+    size += std::norm(expected[k]);
+  }
+  const double levels = std::max(1.0, std::log2(static_cast<double>(expected.size())));
+  return static_cast<double>(std::sqrt(difference / size)) / (std::numeric_limits<R>::epsilon() * levels);
+}
+
+template <class R>
+std::vector<Exact> pairs(const R* q, long n) {
+  std::vector<Exact> z;
+  for (long k = 0; k < n; ++k) z.push_back({q[2 * k], q[2 * k + 1]});
+  return z;
+}
+
+template <class R>
+double complex_error(long n, bool backward) {
+  using C = typename Form<R>::Complex;
+  std::vector<R> p = noise<R>(2 * n), q(static_cast<std::size_t>(2 * n));
+  Form<R>::fft_complex(n, reinterpret_cast<C*>(p.data()), ZENT_RETURN_USER, q.data(), backward ? ZENT_BACKWARD : 0, 0);
+  EXPECT_EQ(zent_error_code(), 0);
+  return error<R>(pairs(q.data(), n), definition(pairs(p.data(), n), backward));
+}
+
+// Packed spectrum against the definition, and the way back against the start.
+template <class R>
+double real_error(long n) {
+  std::vector<R> p = noise<R>(n), q(p), back(p);
+  Form<R>::real(n, q.data(), ZENT_RETURN_USER, q.data(), 0);
+  std::vector<Exact> exact = definition({p.begin(), p.end()}, false), found(exact);
+  found[0] = q[0];
+  for (long k = 1; k <= (n - 1) / 2; ++k) {
+    found[static_cast<std::size_t>(k)] = {q[static_cast<std::size_t>(2 * k - 1)], q[static_cast<std::size_t>(2 * k)]};
+    found[static_cast<std::size_t>(n - k)] = std::conj(found[static_cast<std::size_t>(k)]);
+  }
+  if (n % 2 == 0) found[static_cast<std::size_t>(n / 2)] = q.back();
+  Form<R>::real(n, q.data(), ZENT_RETURN_USER, back.data(), ZENT_BACKWARD, 0);
+  std::vector<Exact> returned, start;
+  for (long k = 0; k < n; ++k) {
+    returned.push_back(back[static_cast<std::size_t>(k)]);
+    start.push_back(static_cast<long double>(n) * p[static_cast<std::size_t>(k)]);
+  }
+  return std::max(error<R>(found, exact), error<R>(returned, start));
+}
+
+struct Transforms : testing::TestWithParam<Level> {
+  void SetUp() override {
+    zent::transform::limit_level(GetParam());
+    if (zent::transform::top_level() != GetParam()) GTEST_SKIP() << "not on this processor";
+  }
+  void TearDown() override {
+    zent::transform::limit_level(Level::avx512);
+  }
+};
+INSTANTIATE_TEST_SUITE_P(, Transforms, testing::Values(Level::base, Level::avx2, Level::avx512));
+
+TEST_P(Transforms, AgreeWithTheDefinition) {
+  std::vector<long> lengths;
+  for (long n = 1; n <= 200; ++n) lengths.push_back(n);
+  // Whole vectors and ragged ones, two large primes, a square of one, many small factors.
+  for (long n : {256, 360, 512, 1000, 1024, 1155, 2 * 67, 67 * 71, 8 * 131, 3 * 509, 2187}) lengths.push_back(n);
+  for (const long n : lengths) {
+    for (const bool backward : {false, true}) {
+      EXPECT_LT(complex_error<double>(n, backward), 1) << n;
+      EXPECT_LT(complex_error<float>(n, backward), 1) << n;
+    }
+    if (n > 1500) continue;
+    EXPECT_LT(real_error<double>(n), 1.5) << n;
+    EXPECT_LT(real_error<float>(n), 1.5) << n;
+  }
+}
+
+// One wave has one line in its spectrum, known without a sum over all elements.
+TEST_P(Transforms, LongLengthsFindALine) {
+  for (const long n : {10007L, 44100L, 65536L, 100003L, 1L << 17, 3188646L / 27}) {
+    const long line = n / 3 + 1;
+    std::vector<zent_d_complex> p(static_cast<std::size_t>(n));
+    for (long k = 0; k < n; ++k) {
+      const long double angle = 2 * std::acos(-1.0L) * static_cast<long double>(line * k % n) / static_cast<long double>(n);
+      p[static_cast<std::size_t>(k)] = {static_cast<double>(std::cos(angle)), static_cast<double>(std::sin(angle))};
+    }
+    zent_z_fft_complex(n, p.data(), ZENT_RETURN_USER, p.data(), 0);
+    double others = 0;
+    for (long k = 0; k < n; ++k) {
+      const zent_d_complex q = p[static_cast<std::size_t>(k)];
+      const double re = q.re - (k == line ? static_cast<double>(n) : 0);
+      others += re * re + q.im * q.im;
+    }
+    EXPECT_LT(std::sqrt(others) / static_cast<double>(n), 5 * 2.3e-16 * std::log2(static_cast<double>(n))) << n;
+  }
+}
+
+template <class R>
+void check_trigonometric(long n) {
+  const std::vector<R> p = noise<R>(n);
+  const long double pi = std::acos(-1.0L);
+  std::vector<Exact> sine, cosine;
+  for (long m = 0; m < n; ++m) {
+    long double s = 0, c = p[0] + (m % 2 == 0 ? p.back() : -p.back());
+    for (long k = 0; k < n; ++k) {
+      const long double x = p[static_cast<std::size_t>(k)];
+      s += 2 * x * std::sin(static_cast<long double>((k + 1) * (m + 1) % (2 * n + 2)) * pi / static_cast<long double>(n + 1));
+      if (k > 0 && k < n - 1) {
+        c += 2 * x * std::cos(static_cast<long double>(k * m % (2 * n - 2)) * pi / static_cast<long double>(n - 1));
+      }
+    }
+    sine.push_back(s);
+    cosine.push_back(c);
+  }
+  for (const bool with_table : {false, true}) {
+    R* table = Form<R>::sine_init(n);
+    std::vector<R> q(p);
+    Form<R>::sine(n, q.data(), ZENT_RETURN_USER, q.data(), with_table ? ZENT_PARAMS : 0, table, 0);
+    // The running sum of every second result lets the error grow with the length.
+    EXPECT_LT(error<R>({q.begin(), q.end()}, sine), 2 + 0.05 * static_cast<double>(n)) << n;
+    zent_free_allocated_memory(table);
+    table = Form<R>::cosine_init(n);
+    q = p;
+    Form<R>::cosine(n, q.data(), ZENT_RETURN_USER, q.data(), with_table ? ZENT_PARAMS : 0, table, 0);
+    EXPECT_LT(error<R>({q.begin(), q.end()}, cosine), 2 + 0.05 * static_cast<double>(n)) << n;
+    zent_free_allocated_memory(table);
+  }
+}
+
+TEST(Trigonometric, AgreeWithTheDefinition) {
+  for (long n = 2; n <= 70; ++n) {
+    check_trigonometric<double>(n);
+    check_trigonometric<float>(n);
+  }
+  check_trigonometric<double>(400);
+}
+
+TEST(Plane, RowsThenColumns) {
+  for (const auto& [rows, cols] :
+       std::vector<std::pair<long, long>>{{1, 7}, {7, 1}, {5, 12}, {16, 16}, {67, 9}, {9, 67}, {64, 40}}) {
+    const long p_dim = cols + 3, q_dim = cols + 1;
+    std::vector<double> p = noise<double>(2 * rows * p_dim), q(static_cast<std::size_t>(2 * rows * q_dim), 99);
+    zent_z_fft_2d_complex(rows, cols, reinterpret_cast<zent_d_complex*>(p.data()), ZENT_P_COL_DIM, static_cast<int>(p_dim),
+                          ZENT_RETURN_COL_DIM, static_cast<int>(q_dim), ZENT_RETURN_USER, q.data(), 0);
+    std::vector<std::vector<Exact>> exact;
+    for (long r = 0; r < rows; ++r) exact.push_back(definition(pairs(p.data() + 2 * r * p_dim, cols), false));
+    for (long c = 0; c < cols; ++c) {
+      std::vector<Exact> column, found;
+      for (long r = 0; r < rows; ++r) column.push_back(exact[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)]);
+      for (long r = 0; r < rows; ++r) found.push_back(pairs(q.data() + 2 * (r * q_dim + c), 1)[0]);
+      EXPECT_LT(error<double>(found, definition(column, false)), 10) << rows << "x" << cols;
+    }
+    EXPECT_EQ(q[static_cast<std::size_t>(2 * q_dim - 1)], 99) << "the columns behind are the caller's";
+    // In place with another column dimension, and back.
+    std::vector<double> same(p);
+    same.resize(static_cast<std::size_t>(2 * rows * (p_dim + 4)));
+    auto* z = reinterpret_cast<zent_d_complex*>(same.data());
+    zent_z_fft_2d_complex(rows, cols, z, ZENT_A_COL_DIM, static_cast<int>(p_dim), ZENT_RETURN_COL_DIM,
+                          static_cast<int>(p_dim + 4), ZENT_RETURN_USER, z, 0);
+    zent_z_fft_2d_complex(rows, cols, z, ZENT_P_COL_DIM, static_cast<int>(p_dim + 4), ZENT_RETURN_COL_DIM,
+                          static_cast<int>(p_dim), ZENT_RETURN_USER, z, ZENT_BACKWARD, 0);
+    for (long k = 0; k < cols; ++k) {
+      const auto at = static_cast<std::size_t>(2 * ((rows - 1) * p_dim + k));
+      EXPECT_NEAR(same[at], static_cast<double>(rows * cols) * p[at], 1e-10);
+    }
+  }
+}
+
+TEST(Tables, HaveTheDocumentedLayout) {
+  const long n = 60;
+  double* t = zent_z_fft_complex_init(n);
+  for (long k = 0; k < 2 * n; ++k) EXPECT_EQ(t[k], 0) << "work";
+  const double head[] = {60, 3, 3, 4, 5};
+  for (int k = 0; k < 5; ++k) EXPECT_EQ(t[4 * n + k], head[k]);
+  // Rows of the first factor: powers of exp(2 pi i / 60), 20 each.
+  for (long j = 1; j <= 2; ++j) {
+    for (long i = 0; i < 20; ++i) {
+      const double angle = 2 * std::acos(-1.0) * static_cast<double>(i * j) / 60;
+      EXPECT_NEAR(t[2 * n + 2 * ((j - 1) * 20 + i)], std::cos(angle), 1e-15);
+      EXPECT_NEAR(t[2 * n + 2 * ((j - 1) * 20 + i) + 1], std::sin(angle), 1e-15);
+    }
+  }
+  zent_free_allocated_memory(t);
+  t = zent_d_fft_real_init(24);
+  const double real_head[] = {24, 3, 2, 4, 3};
+  for (int k = 0; k < 5; ++k) EXPECT_EQ(t[48 + k], real_head[k]);
+  EXPECT_NEAR(t[24], std::cos(std::acos(-1.0) / 12), 1e-16) << "no leading pair";
+  zent_free_allocated_memory(t);
+  // Above 5 the first place of a row holds a root of the radix.
+  t = zent_z_fft_complex_init(14);
+  EXPECT_EQ(t[4 * 14 + 2], 2);
+  EXPECT_NEAR(t[2 * 14 + 2 * 7], std::cos(2 * std::acos(-1.0) / 7), 1e-15);
+  zent_free_allocated_memory(t);
+  // A table that has no room for all factors keeps those that fit, within its length.
+  for (const long length : {3188646L, 354293L}) {
+    t = length == 354293L ? zent_d_fft_sine_init(length) : zent_d_fft_real_init(length);
+    ASSERT_NE(t, nullptr);
+    EXPECT_EQ(t[length == 354293L ? length / 2 + 2 * (length + 1) : 2 * length], length == 354293L ? length + 1 : length);
+    zent_free_allocated_memory(t);
+  }
+}
+
+TEST(Tables, RootsAreRightToTheLastPlace) {
+  const long n = 1L << 20;  // the same products serve every length
+  double* t = zent_z_fft_complex_init(n);
+  double worst = 0;
+  for (long i = 1; i < n / 4; i += 37) {
+    const long double angle = 2 * std::acos(-1.0L) * static_cast<long double>(i) / static_cast<long double>(n);
+    const double re = t[2 * n + 2 * i], im = t[2 * n + 2 * i + 1];
+    worst =
+        std::max(worst, static_cast<double>(std::abs(re - std::cos(angle))) / (std::nextafter(std::abs(re), 2) - std::abs(re)));
+    worst =
+        std::max(worst, static_cast<double>(std::abs(im - std::sin(angle))) / (std::nextafter(std::abs(im), 2) - std::abs(im)));
+  }
+  EXPECT_LE(worst, 1);
+  zent_free_allocated_memory(t);
+}
+
+// The pass that is told by its definition, one factor after the other, against the whole.
+TEST(PlainPass, ChainsToTheTransform) {
+  const long n = 7 * 4 * 5, factors[] = {4, 5, 7};
+  double* table = zent_z_fft_complex_init(n);
+  std::vector<double> a = noise<double>(2 * n), b(a), c(a);
+  zent_z_fft_complex(n, reinterpret_cast<zent_d_complex*>(c.data()), ZENT_RETURN_USER, c.data(), 0);
+  double* wa = table + 2 * n;
+  long l1 = 1;
+  for (const long radix : factors) {
+    const long ido = n / (l1 * radix);
+    int na = 0;
+    zent_df8tcf(ido, radix, l1, a.data(), b.data(), wa, -1, &na);
+    EXPECT_EQ(na, 1);
+    a.swap(b);
+    wa += 2 * (radix - 1) * ido;
+    l1 *= radix;
+  }
+  EXPECT_LT(error<double>(pairs(c.data(), n), pairs(a.data(), n)), 2);
+  zent_free_allocated_memory(table);
+}
+
+TEST(Errors, AreTheDocumentedOnes) {
+  be_quiet();
+  double p[8] = {1, 2, 3, 4};
+  auto* z = reinterpret_cast<zent_d_complex*>(p);
+  const auto code = [] { return zent_error_code(); };
+  EXPECT_EQ(zent_d_fft_real(0, p, 0), nullptr);
+  EXPECT_EQ(code(), MATH_SEQUENCE_LENGTH);
+  EXPECT_EQ(zent_d_fft_real(4, nullptr, 0), nullptr);
+  EXPECT_EQ(code(), MATH_REQ_ARGUMENT_IS_NULL);
+  EXPECT_EQ(zent_d_fft_real(4, p, ZENT_RETURN_USER, nullptr, 0), nullptr);
+  EXPECT_EQ(code(), MATH_OPTIONAL_ARG_NULL_1);
+  EXPECT_EQ(zent_z_fft_complex(4, z, ZENT_PARAMS, nullptr, 0), nullptr);
+  EXPECT_EQ(code(), MATH_OPTIONAL_ARG_NULL_1);
+  EXPECT_EQ(zent_d_fft_sine(4, p, ZENT_BACKWARD, 0), nullptr);
+  EXPECT_EQ(code(), MATH_UNKNOWN_OPTION);
+  EXPECT_EQ(zent_d_fft_sine(1, p, 0), nullptr);
+  EXPECT_EQ(code(), MATH_SEQUENCE_LENGTH);
+  EXPECT_EQ(zent_z_fft_2d_complex(0, 2, z, 0), nullptr);
+  EXPECT_EQ(code(), MATH_NEED_NRA_GT_ZERO);
+  EXPECT_EQ(zent_z_fft_2d_complex(2, 0, z, 0), nullptr);
+  EXPECT_EQ(code(), MATH_NEED_NCA_GT_ZERO);
+  EXPECT_EQ(zent_z_fft_2d_complex(2, 2, z, ZENT_RETURN_COL_DIM, 1, 0), nullptr);
+  EXPECT_EQ(code(), MATH_COL_DIM_LESS_COL);
+  for (const long n : {0L, -3L}) {
+    EXPECT_EQ(zent_d_fft_real_init(n), nullptr);
+    EXPECT_EQ(code(), MATH_SEQUENCE_LENGTH);
+  }
+  EXPECT_EQ(zent_d_fft_cosine_init(1), nullptr);
+  EXPECT_EQ(code(), MATH_SEQUENCE_LENGTH);
+  EXPECT_EQ(zent_z_fft_complex_init(1), nullptr);
+  EXPECT_EQ(code(), 0) << "none is needed";
+  EXPECT_EQ(zent_d_fft_real(1L << 60, p, 0), nullptr);
+  EXPECT_EQ(code(), MATH_OUT_OF_MEMORY_1);
+  EXPECT_EQ(p[0], 1);
+}
+
+TEST(Infinities, EndInAResult) {
+  for (const long n : {7L, 64L, 1024L, 101L}) {
+    std::vector<double> p(static_cast<std::size_t>(n), 1);
+    p[3] = std::numeric_limits<double>::quiet_NaN();
+    p[5] = std::numeric_limits<double>::infinity();
+    zent_d_fft_real(n, p.data(), ZENT_RETURN_USER, p.data(), 0);
+    EXPECT_EQ(zent_error_code(), 0);
+    EXPECT_TRUE(std::isnan(p[0]));
+  }
+}
+
+}  // namespace
