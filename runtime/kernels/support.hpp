@@ -2,7 +2,7 @@
 #pragma once
 
 #include "runtime/error.hpp"
-#include "runtime/kernels/level3.hpp"
+#include "runtime/kernels/fast.hpp"
 #include "runtime/kernels/sort.hpp"
 #include "runtime/scratch.hpp"
 
@@ -32,20 +32,24 @@ void row_to_column_major(long nrows, long ncols, T* a, T* b) {
   if (nrows < 1) raise<Half>(5, MATH_NOT_ENOUGH_ROWS, {.i = {nrows}});
   if (ncols < 1) raise<Half>(5, MATH_NOT_ENOUGH_COLUMNS, {.i = {ncols}});
   if (nrows < 1 || ncols < 1) return;
-  if (nrows == ncols) {
-    if (a != b) copy(nrows * ncols, a, 1, b, 1);
-    return transpose_square(nrows, b);
-  }
-  if (a != b) return transpose(nrows, ncols, a, b);
+  if (a != b) return fast::transpose(nrows, ncols, a, b);
+  if (nrows == ncols) return fast::transpose_square(nrows, b);
   void* mark = scratch_mark<Half>();
   T* rows = scratch<Half, T>(nrows * ncols);
   if (rows != nullptr) {
-    copy(nrows * ncols, a, 1, rows, 1);
-    transpose(nrows, ncols, rows, b);
+    fast::copy(nrows * ncols, a, 1, rows, 1);
+    fast::transpose(nrows, ncols, rows, b);
   } else {
     transpose_in_place(nrows, ncols, b);
   }
   scratch_release<Half>(mark);
+}
+
+// B := A' A in full; the mirror makes both triangles equal bit for bit.
+template <class Real>
+void gram_matrix(long m, long n, const Real* a, long lda, Real* b, long ldb) {
+  fast::syrk('U', 'C', n, m, 1, a, lda, 0, b, ldb);
+  mirror_upper(n, b, ldb);
 }
 
 template <class Half, class Real>

@@ -1,0 +1,258 @@
+// Matrix products by register tiles (the scheme of Goto and van de Geijn, ACM TOMS 34, 2008). A complex matrix is worked on as
+// the real one it is in memory: a tile multiplies the reals of A by the real and by the imaginary part of each element of B, in
+// columns of their own, and only the finished tile is put together as straight + i crossed. So one inner loop serves all types.
+#pragma once
+
+#include "runtime/kernels/simd/transpose.hpp"
+
+namespace zent::fast::ZENT_LEVEL {
+
+// The full tile: vectors high, real columns wide. It fills the registers but for the operands.
+constexpr int tile_vectors = ZENT_VECTOR_BYTES == 16 ? 2 : 3;
+constexpr int tile_columns = ZENT_VECTOR_BYTES == 64 ? 8 : 4;
+template <class T>
+constexpr long tile_rows = tile_vectors* lanes<RealOf<T>> / parts<T>;  // in elements
+template <class T>
+constexpr long tile_width = tile_columns / parts<T>;
+
+// Blocks, in elements: a strip of B of block_depth rows lives in the first cache, a block of A in the second, the panel of B in
+// the third.
+constexpr long block_depth = 256;
+template <class T>
+constexpr long block_rows = (pack_a_bytes / 2 / block_depth / static_cast<long>(sizeof(T))) / tile_rows<T>* tile_rows<T>;
+template <class T>
+constexpr long block_width = (pack_b_bytes / block_depth / static_cast<long>(sizeof(T))) / tile_width<T>* tile_width<T>;
+
+// What the tiles of one product have in common. Distances are in elements.
+template <class T>
+struct Product {
+  long depth, lda, row_b, column_b, ldc;
+  T alpha, beta;
+  bool conjugate_b;
+};
+
+template <class T>
+ZENT_INLINE bool is_one(T x) {
+  if constexpr (is_complex<T>) {
+    return x.re == 1 && x.im == 0;
+  } else {
+    return x == 1;
+  }
+}
+template <class T>
+ZENT_INLINE bool is_zero(T x) {
+  if constexpr (is_complex<T>) {
+    return x.re == 0 && x.im == 0;
+  } else {
+    return x == 0;
+  }
+}
+
+// Element column j of a finished tile, vector i.
+template <class T, int vectors>
+ZENT_INLINE Vector<RealOf<T>> finished(const Vector<RealOf<T>>* sums, int i, int j, Vector<RealOf<T>> signs) {
+  using Real = RealOf<T>;
+  if constexpr (is_complex<T>) {
+    return sums[2 * j * vectors + i] + times_i<Real>(flip_signs<Real>(sums[(2 * j + 1) * vectors + i], signs));
+  } else {
+    return sums[j * vectors + i];
+  }
+}
+
+// C := alpha (finished tile) + beta C for the first `columns` columns.
+template <class T, int vectors, int width, class Last>
+ZENT_INLINE void write_tile(const Product<T>& p, const Vector<RealOf<T>>* sums, T* c, long columns, Last last) {
+  using Real = RealOf<T>;
+  const Factor<T> alpha(p.alpha);
+  const Vector<Real> signs = is_complex<T> && p.conjugate_b ? broadcast<Real>(-Real(0)) : Vector<Real>{};
+  const auto each = [&](auto put) ZENT_FLAT {
+    unroll<width / parts<T>>([&](auto j) ZENT_FLAT {
+      if (j >= columns) return;
+      unroll<vectors>([&](auto i) ZENT_FLAT {
+        const Vector<Real> value = finished<T, vectors>(sums, i, j, signs);
+        Real* to = reals(c + j * p.ldc) + i * lanes<Real>;
+        if constexpr (i == vectors - 1) {
+          put(last, to, value);
+        } else {
+          put(Whole<Real>{}, to, value);
+        }
+      });
+    });
+  };
+  if (is_one(p.beta)) {
+    each([&](auto piece, Real* to, Vector<Real> value) ZENT_FLAT { piece.store(to, alpha.add(value, piece.load(to))); });
+  } else if (is_zero(p.beta)) {
+    each([&](auto piece, Real* to, Vector<Real> value) ZENT_FLAT { piece.store(to, alpha.times(value)); });
+  } else {
+    const Factor<T> beta(p.beta);
+    each([&](auto piece, Real* to, Vector<Real> value)
+             ZENT_FLAT { piece.store(to, alpha.add(value, beta.times(piece.load(to)))); });
+  }
+}
+
+// One tile of C: `vectors` vectors high, the last of them with `tail` reals when `partial`; `width` real columns wide, of which
+// the first `columns` elements are stored.
+template <class T, int vectors, int width, bool partial>
+void tile(const Product<T>& p, const T* a_start, const T* b_start, T* c, long columns, long tail) {
+  using Real = RealOf<T>;
+  constexpr int step = lanes<Real>;
+  const auto last = piece_of<partial, Real>(tail);
+  const Real* a = reals(a_start);
+  const Real* b = reals(b_start);
+  const long next_a = p.lda * parts<T>, next_b = p.row_b * parts<T>, column_b = p.column_b * parts<T>;
+  // C is far away when its turn comes: ask for it now.
+  if constexpr (!partial) {
+    unroll<width / parts<T>>([&](auto j) ZENT_FLAT {
+      if (j >= columns) return;
+      unroll<(vectors * ZENT_VECTOR_BYTES + 63) / 64>(
+          [&](auto i) ZENT_FLAT { __builtin_prefetch(reals(c + j * p.ldc) + i * 64 / sizeof(Real), 1); });
+    });
+  }
+  Vector<Real> sums[vectors * width] = {};
+  for (long l = p.depth; l > 0; --l) {
+    Vector<Real> x[vectors];
+    unroll<vectors>([&](auto i) ZENT_FLAT {
+      if constexpr (i == vectors - 1) {
+        x[i] = last.load(a + i * step);
+      } else {
+        x[i] = Whole<Real>{}.load(a + i * step);
+      }
+    });
+    unroll<width>([&](auto j) ZENT_FLAT {
+      const Vector<Real> factor = broadcast<Real>(b[(j / parts<T>)*column_b + j % parts<T>]);
+      unroll<vectors>([&](auto i) ZENT_FLAT { sums[j * vectors + i] = fma(x[i], factor, sums[j * vectors + i]); });
+    });
+    a += next_a;
+    b += next_b;
+  }
+  write_tile<T, vectors, width>(p, sums, c, columns, last);
+}
+
+// The tiles of one width, by height and by whether the last vector is partial.
+template <class T>
+using TileFunction = void (*)(const Product<T>&, const T*, const T*, T*, long, long);
+template <class T>
+struct Tiles {
+  TileFunction<T> full;
+  TileFunction<T> part[tile_vectors];
+};
+template <class T, int width>
+constexpr Tiles<T> tiles_of_width() {
+  if constexpr (tile_vectors == 3) {
+    return {tile<T, 3, width, false>, {tile<T, 1, width, true>, tile<T, 2, width, true>, tile<T, 3, width, true>}};
+  } else {
+    return {tile<T, 2, width, false>, {tile<T, 1, width, true>, tile<T, 2, width, true>}};
+  }
+}
+
+// All tiles of a strip of C, `rows` high.
+template <class T>
+ZENT_INLINE void run_tiles(const Tiles<T>& tiles, const Product<T>& p, long rows, const T* a, long strip_a, const T* b, T* c,
+                           long columns) {
+  constexpr long height = tile_rows<T>;
+  for (; rows >= height; rows -= height, a += strip_a, c += height) tiles.full(p, a, b, c, columns, 0);
+  if (rows == 0) return;
+  constexpr long vector = lanes<RealOf<T>> / parts<T>;
+  const long vectors = (rows + vector - 1) / vector;
+  tiles.part[vectors - 1](p, a, b, c, columns, (rows - (vectors - 1) * vector) * parts<T>);
+}
+
+// Packs op(A) or op(B)' as strips of `height` rows: element (i, l) of a strip at [i + l * height]. `across`: the strip's rows are
+// columns of the source.
+template <class T>
+void pack(bool across, bool conjugate, long rows, long depth, const T* source, long ld, long height, T* to) {
+  using Real = RealOf<T>;
+  for (long i = 0; i < rows; i += height, to += height * depth) {
+    const long count = smaller(height, rows - i);
+    if (count < height) {
+      for (long l = 0; l < depth * height; ++l) to[l] = T{};
+    }
+    if (across) {
+      transpose(conjugate, depth, count, source + i * ld, ld, to, height);
+    } else {
+      for (long l = 0; l < depth; ++l) {
+        each_vector<Real, 1>(count * parts<T>,
+                             [from = reals(source + i + l * ld), target = reals(to + l * height)](long e, auto piece, auto)
+                                 ZENT_FLAT { piece.store(target + e, piece.load(from + e)); });
+      }
+    }
+  }
+}
+
+// One block of the product: `rows` by `columns` of C over p.depth. Without packed_b, B is read in place.
+template <class T>
+void multiply_block(const Product<T>& p, long rows, long columns, const T* a, long strip_a, const T* b, bool packed_b, T* c) {
+  static constexpr Tiles<T> wide = tiles_of_width<T, tile_columns>();
+  static constexpr Tiles<T> four = tiles_of_width<T, 4>();
+  static constexpr Tiles<T> two = tiles_of_width<T, 2>();
+  constexpr long width = tile_width<T>;
+  long j = 0;
+  if (packed_b) {
+    for (; j < columns; j += width) {
+      run_tiles(wide, p, rows, a, strip_a, b + j * p.depth, c + j * p.ldc, smaller(width, columns - j));
+    }
+    return;
+  }
+  const auto strips = [&](const Tiles<T>& tiles, long step) ZENT_FLAT {
+    for (; columns - j >= step; j += step) run_tiles(tiles, p, rows, a, strip_a, b + j * p.column_b, c + j * p.ldc, step);
+  };
+  strips(wide, width);
+  if constexpr (tile_columns > 4) strips(four, 4 / parts<T>);
+  strips(two, 2 / parts<T>);
+  if constexpr (!is_complex<T>) {
+    static constexpr Tiles<T> one = tiles_of_width<T, 1>();
+    strips(one, 1);
+  }
+}
+
+// Below this number of multiplications packing costs more than it saves.
+constexpr double direct_limit = 120.0 * 120.0 * 120.0;
+
+template <class T>
+void gemm(Op op_a, Op op_b, long m, long n, long k, T alpha, const T* a, long lda, const T* b, long ldb, T beta, T* c, long ldc) {
+  constexpr long height = tile_rows<T>;
+  const double work = static_cast<double>(m) * static_cast<double>(n) * static_cast<double>(k) * parts<T> * parts<T>;
+  const bool direct = work <= direct_limit;
+  const bool packed_a = op_a != Op::none || (!direct && n > 2 * tile_width<T>);
+  const bool packed_b = !direct && m > 2 * height;
+  T* const store_a = reinterpret_cast<T*>(pack_a);
+  T* const store_b = reinterpret_cast<T*>(pack_b);
+  // Slices of equal depth; the common case goes without a division.
+  const long slices = (k + block_depth - 1) / block_depth;
+  const long full_depth = slices <= 1 ? k : (k + slices - 1) / slices;
+  Product<T> p = {0, packed_a ? height : lda, 0, 0, ldc, alpha, beta, op_b == Op::conjugate};
+  p.row_b = packed_b ? tile_width<T> : op_b == Op::none ? 1 : ldb;
+  p.column_b = packed_b ? 1 : op_b == Op::none ? ldb : 1;
+  if (direct && !packed_a && slices == 1) {
+    p.depth = k;
+    return multiply_block(p, m, n, a, height, b, false, c);
+  }
+  for (long j = 0; j < n; j += block_width<T>) {
+    const long width = smaller(block_width<T>, n - j);
+    p.beta = beta;
+    for (long l = 0; l < k; l += full_depth) {
+      p.depth = smaller(full_depth, k - l);
+      const T* right = b + (op_b == Op::none ? l + j * ldb : j + l * ldb);
+      if (packed_b) {
+        pack(op_b == Op::none, false, width, p.depth, right, ldb, tile_width<T>, store_b);
+        right = store_b;
+      }
+      for (long i = 0; i < m; i += block_rows<T>) {
+        const long rows = smaller(block_rows<T>, m - i);
+        const T* left = a + (op_a == Op::none ? i + l * lda : l + i * lda);
+        if (packed_a) {
+          pack(op_a != Op::none, op_a == Op::conjugate, rows, p.depth, left, lda, height, store_a);
+          left = store_a;
+        }
+        multiply_block(p, rows, width, left, packed_a ? height * p.depth : height, right, packed_b, c + i + j * ldc);
+      }
+      if constexpr (is_complex<T>) {
+        p.beta = T{1, 0};
+      } else {
+        p.beta = 1;
+      }
+    }
+  }
+}
+
+}  // namespace zent::fast::ZENT_LEVEL
