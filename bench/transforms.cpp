@@ -5,7 +5,7 @@
 
 #include "zent.h"
 
-#if __has_include(<fftw3.h>) && defined(ZENT_HAVE_FFTW)
+#ifdef ZENT_HAVE_FFTW
 #include <fftw3.h>
 #define BENCH_FFTW
 #endif

@@ -24,6 +24,7 @@
 #include "zent/norms.h"
 #include "zent/optimize.h"
 #include "zent/quadrature.h"
+#include "zent/quadrature2.h"
 #include "zent/roots.h"
 #include "zent/special.h"
 #include "zent/transform.h"

@@ -38,6 +38,8 @@
 #undef ZENT_HALF
 
 #include "zent/distributions.h"
+#include "zent/eigen.h"
+#include "zent/linear.h"
 
 #ifdef __cplusplus
 extern "C" {

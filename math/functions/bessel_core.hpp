@@ -1,0 +1,247 @@
+// I and K of complex argument with real part >= 0, for a run of orders.
+#pragma once
+
+#include "math/functions/bessel_scaled.hpp"
+#include "math/functions/series.hpp"
+
+namespace zent::functions {
+
+#include "math/functions/tables/bessel_temme.inc"
+
+// Above this modulus Hankel's expansion has all digits, as long as the order is not great too.
+template <class Real>
+inline constexpr Real hankel_modulus = std::is_same_v<Real, float> ? 12 : 25;
+
+// Neighbouring orders of K exp(z) with a common exponent.
+template <class Real>
+struct KPair {
+  Complex<Real> k0, k1;
+  long exponent;
+
+  void rescale() {
+    const Real size = larger_part<Real>(k1);
+    if (!(size > 1024 && size <= Machine<Real>::largest)) return;
+    const int k = std::ilogb(size);
+    k0 = {std::scalbn(k0.re, -k), std::scalbn(k0.im, -k)};
+    k1 = {std::scalbn(k1.re, -k), std::scalbn(k1.im, -k)};
+    exponent += k;
+  }
+};
+
+// sinh, cosh and the exponentials of both signs: none is the difference of two others.
+template <class Real>
+struct Hyperbolic {
+  Complex<Real> sh, ch, up, down;
+  explicit Hyperbolic(Complex<Real> s) {
+    const Real a = std::sinh(s.re), b = std::cosh(s.re), c = std::cos(s.im), d = std::sin(s.im), e = std::exp(s.re);
+    sh = {a * c, b * d};
+    ch = {b * c, a * d};
+    up = {e * c, e * d};
+    down = {c / e, -d / e};
+  }
+};
+
+// The orders mu and mu + 1 for |z| <= 2, |mu| <= 1/2. N. M. Temme, J. Comput. Phys. 19 (1975).
+template <class Real>
+KPair<Real> l_temme(Real mu, Complex<Real> z) {
+  using C = Complex<Real>;
+  const Real pi = static_cast<Real>(3.14159265358979323846), square = mu * mu;
+  Real even = 0, odd = 0;
+  const auto* e = series::Series<lv_temme_even, Real>::coefficients();
+  const auto* o = series::Series<lv_temme_odd, Real>::coefficients();
+  for (long k = series::Series<lv_temme_even, Real>::length() - 1; k >= 0; --k) {
+    even = even * square + e[k];
+    odd = odd * square + o[k];
+  }
+  const C log_inverse = -logarithm<Real>({z.re / 2, z.im / 2}), sigma = mu * log_inverse;
+  const Hyperbolic<Real> h(sigma);
+  const C ratio = larger_part<Real>(sigma) > Machine<Real>::smallest ? h.sh / sigma : C{1, 0};
+  const Real reflection = mu == 0 ? 1 : pi * mu / std::sin(pi * mu);
+  C f = reflection * (odd * h.ch + even * (ratio * log_inverse));
+  C p = Real(0.5) / (even - mu * odd) * h.up, q = Real(0.5) / (even + mu * odd) * h.down;
+  const C quarter = {(z.re / 2) * (z.re / 2) - (z.im / 2) * (z.im / 2), 2 * (z.re / 2) * (z.im / 2)};
+  C c = {1, 0}, sum = f, next = p;
+  for (long k = 1; k < 500; ++k) {
+    const Real r = static_cast<Real>(k);
+    f = (1 / (r * r - square)) * (r * f + p + q);
+    p = (1 / (r - mu)) * p;
+    q = (1 / (r + mu)) * q;
+    c = (1 / r) * (c * quarter);
+    const C term = c * f;
+    sum += term;
+    next += c * (p - r * f);
+    if (kernel::abs1(term) < kernel::abs1(sum) * Machine<Real>::spacing / 4) break;
+  }
+  const Scaled<Real> k1 = scaled<Real>(Real(2) * next) * inverse(scaled<Real>(z));  // e^z comes last: |z| <= 2
+  const Scaled<Real> ez = exponential<Real>(z, 1);
+  const Scaled<Real> a = scaled<Real>(sum) * ez, b = k1 * ez;
+  const int shift = static_cast<int>(std::max(a.exponent - b.exponent, -20000L));
+  return {{std::scalbn(a.value.re, shift), std::scalbn(a.value.im, shift)}, b.value, b.exponent};
+}
+
+// The same for |z| > 2, by Steed's evaluation of the second continued fraction and the sum that normalizes it.
+// I. J. Thompson, A. R. Barnett, Comput. Phys. Commun. 47 (1987).
+template <class Real>
+KPair<Real> l_steed(Real mu, Complex<Real> z) {
+  using C = Complex<Real>;
+  const C one = {1, 0};
+  const Real a1 = Real(0.25) - mu * mu;
+  C b = {2 * (1 + z.re), 2 * z.im}, d = one / b, h = d, delta = d, q1 = {0, 0}, q2 = one;
+  Real a = -a1, c = a1;
+  C q = {c, 0}, s = one + q * delta;
+  for (long i = 2; i < 20000; ++i) {
+    a -= static_cast<Real>(2 * (i - 1));
+    c = -a * c / static_cast<Real>(i);
+    const C q_new = (1 / a) * (q1 - b * q2);
+    q1 = q2;
+    q2 = q_new;
+    q += c * q_new;
+    b.re += 2;
+    d = one / (b + a * d);
+    delta = (b * d - one) * delta;
+    h += delta;
+    const C term = q * delta;
+    s += term;
+    if (kernel::abs1(term) < kernel::abs1(s) * Machine<Real>::spacing / 4) break;
+  }
+  h = a1 * h;
+  const Real pi_2 = static_cast<Real>(1.57079632679489661923);
+  const C k0 = square_root<Real>(C{pi_2, 0} / z) / s;
+  const C k1 = k0 * ((C{mu + Real(0.5), 0} + z - h) / z);
+  return {k0, k1, 0};
+}
+
+// exp(-z) I sqrt(2 pi z) by Hankel's expansion: the growing part, and the falling one where it counts.
+template <class Real>
+Complex<Real> l_hankel(Real nu, Complex<Real> z) {
+  using C = Complex<Real>;
+  const Real four = 4 * nu * nu;
+  const C inverse_z = C{0.125, 0} / z;
+  C term = {1, 0}, growing = {1, 0}, falling = {1, 0};
+  Real sign = -1;
+  for (long k = 1; k < 100; ++k, sign = -sign) {
+    const Real j = static_cast<Real>(2 * k - 1);
+    term = ((four - j * j) / static_cast<Real>(k)) * (term * inverse_z);
+    growing += sign * term;
+    falling += term;
+    if (kernel::abs1(term) < Machine<Real>::spacing / 8) break;
+  }
+  if (z.im == 0 || z.re > 20) return growing;
+  const Real side = z.im > 0 ? 1 : -1;
+  return growing + turn<Real>(side * (nu + Real(0.5))) * plain(exponential<Real>({2 * z.re, 2 * z.im}, -1)) * falling;
+}
+
+// I of order nu over I of order nu - 1, from the ratio above it. At a zero of the lower order the divisor may cancel to nothing;
+// what rounding can hide there stands in for it.
+template <class Real>
+Complex<Real> l_next_ratio(Real nu, Complex<Real> z, Complex<Real> ratio) {
+  const Complex<Real> divisor = Complex<Real>{2 * nu, 0} + z * ratio;
+  return z / (divisor == Complex<Real>{0, 0} ? Complex<Real>{nu * Machine<Real>::spacing, 0} : divisor);
+}
+
+// I of order nu + 1 over I of order nu, the start of the backward recurrence.
+template <class Real>
+Complex<Real> l_c4is(Real nu, Complex<Real> z) {
+  using C = Complex<Real>;
+  const Real size = modulus<Real>(z);
+  if (size >= hankel_modulus<Real> && 2 * size >= (nu + 1) * (nu + 1)) {
+    const C low = l_hankel<Real>(nu, z);
+    return l_hankel<Real>(nu + 1, z) / (low == C{0, 0} ? C{Machine<Real>::spacing, 0} : low);
+  }
+  // Denominators of the continued fraction until they are so great that what lies beyond does not count.
+  const C inverse_z = C{2, 0} / z;
+  C before = {1, 0}, now = (nu + 1) * inverse_z;
+  const Real wanted = 100 * std::max(kernel::abs1(now), Real(1)) / Machine<Real>::spacing;
+  long j = 1;
+  for (; kernel::abs1(now) * kernel::abs1(before) < wanted; ++j) {
+    const C next = (nu + static_cast<Real>(j + 1)) * (inverse_z * now) + before;
+    before = now;
+    now = next;
+  }
+  C r = {0, 0};
+  for (; j >= 0; --j) {
+    const Real order = nu + static_cast<Real>(j + 1);
+    r = l_next_ratio<Real>(order, z, r);
+  }
+  return r;
+}
+
+// a b - 1 for b close to 1/a, to nearly all digits: the products in two parts, the great terms first.
+template <class Real>
+Complex<Real> product_less_one(Complex<Real> a, Complex<Real> b) {
+  const Real p = a.re * b.re, q = -a.im * b.im, s = a.re * b.im, t = a.im * b.re;
+  const Real low = std::fma(a.re, b.re, -p) + std::fma(-a.im, b.im, -q);
+  const Real sum = p > q ? (p - 1) + q : (q - 1) + p;
+  return {sum + low, (s + t) + (std::fma(a.re, b.im, -s) + std::fma(a.im, b.re, -t))};
+}
+
+// I (from given ratios) and K of the orders mu + first, mu + first + 1, ..., one after the other.
+template <class Real>
+struct Run {
+  using C = Complex<Real>;
+  static constexpr long far = 30;  // exponents of 1/z from here on are kept apart
+
+  Scaled<Real> growing, falling;  // exp(z), exp(-z)
+  KPair<Real> k;
+  Scaled<Real> inverse_z;
+  C factor, factor_low;  // 1/z and what its rounding lost, which would add up as a factor of every step
+
+  Run(Real mu, long first, C z)
+      : growing(exponential<Real>(z, 1)),
+        falling(exponential<Real>(z, -1)),
+        k(modulus<Real>(z) <= 2 ? l_temme<Real>(mu, z) : l_steed<Real>(mu, z)) {
+    const Scaled<Real> s = scaled<Real>(z);
+    inverse_z = inverse(s);
+    const Real unit = std::scalbn(Real(1), static_cast<int>(inverse_z.exponent + s.exponent));
+    factor_low = -(inverse_z.value * product_less_one<Real>(unit * inverse_z.value, s.value));
+    factor = inverse_z.value;
+    if (inverse_z.exponent < far) {
+      const int shift = static_cast<int>(std::max(inverse_z.exponent, -20000L));
+      factor = {std::scalbn(factor.re, shift), std::scalbn(factor.im, shift)};
+      factor_low = {std::scalbn(factor_low.re, shift), std::scalbn(factor_low.im, shift)};
+    }
+    for (long j = 1; j <= first; ++j) step(mu + static_cast<Real>(j));
+  }
+
+  // From the orders nu - 1, nu to nu, nu + 1.
+  void step(Real nu) {
+    const C next = (2 * nu) * (factor * k.k1 + factor_low * k.k1);
+    const long e = inverse_z.exponent;
+    if (e < far) {
+      const C sum = next + k.k0;
+      k.k0 = k.k1;
+      k.k1 = sum;
+    } else {
+      const int shift = static_cast<int>(std::max(-e, -20000L));
+      k.k1 = {std::scalbn(k.k1.re, shift), std::scalbn(k.k1.im, shift)};
+      k.k0 = {std::scalbn(k.k0.re, shift), std::scalbn(k.k0.im, shift)};
+      const C sum = next + k.k0;
+      k.k0 = k.k1;
+      k.k1 = sum;
+      k.exponent += e;
+    }
+    k.rescale();
+  }
+
+  Scaled<Real> value_k() const {
+    return scaled<Real>(k.k0, k.exponent) * falling;
+  }
+  // From the Wronskian: I (K of the next order + ratio K) = 1/z.
+  Scaled<Real> value_i(C ratio) const {
+    return inverse_z * inverse(scaled<Real>(k.k1 + ratio * k.k0, k.exponent)) * growing;
+  }
+};
+
+// The ratios of n orders from nu on, by backward recurrence.
+template <class Real>
+void l_ratios(Real nu, Complex<Real> z, long n, Complex<Real>* ratio) {
+  using C = Complex<Real>;
+  C r = l_c4is<Real>(nu + static_cast<Real>(n - 1), z);
+  ratio[n - 1] = r;
+  for (long j = n - 2; j >= 0; --j) {
+    r = l_next_ratio<Real>(nu + static_cast<Real>(j + 1), z, r);
+    ratio[j] = r;
+  }
+}
+
+}  // namespace zent::functions

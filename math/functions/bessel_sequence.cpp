@@ -1,0 +1,238 @@
+// Sequences of Bessel functions I, J, K, Y of complex argument.
+#include "math/functions/bessel_core.hpp"
+#include "runtime/options.hpp"
+#include "zent/bessel.h"
+#include "zent/option_codes.h"
+
+namespace zent {
+namespace {
+
+using functions::Complex;
+using functions::Run;
+using functions::Scaled;
+
+enum class Kind { i, j, k, y };
+
+inline constexpr double greatest_order = 1e7;
+
+template <class Real>
+struct SequenceOptions {
+  Complex<Real>* user = nullptr;
+};
+
+// Any other code counts as the third argument, wherever it stands.
+template <class Real>
+SequenceOptions<Real> parse(Options& options) {
+  SequenceOptions<Real> o;
+  for (int code; (code = options.code()) != 0;) {
+    if (code == ZENT_RETURN_USER) {
+      o.user = options.pointer<Complex<Real>>();
+    } else {
+      raise<Math>(5, MATH_ILLEGAL_OPT_ARG, {.i = {code, 3}});
+      if (code < 0) break;
+    }
+  }
+  return o;
+}
+
+// The orders xnu + k as a fraction of at most 1/2 either way and a whole part.
+template <class Real>
+struct Order {
+  Real fraction;
+  long whole;
+};
+
+template <class Real>
+Complex<Real> conjugate_if(bool condition, Complex<Real> z) {
+  return condition ? Complex<Real>{z.re, -z.im} : z;
+}
+
+// Every worker stores n values of its function; argument and orders are valid and z is not 0.
+
+// I: from the right half plane by I(-w) = exp(+-i pi nu) I(w).
+template <class Real>
+void l_c3is(Order<Real> order, Complex<Real> z, long n, Complex<Real>* out) {
+  const bool left = z.re < 0;
+  const Complex<Real> w = left ? Complex<Real>{-z.re, -z.im} : z;
+  const Real side = std::signbit(z.im) ? -1 : 1;
+  functions::l_ratios<Real>(order.fraction + static_cast<Real>(order.whole), w, n, out);
+  Run<Real> run(order.fraction, order.whole, w);
+  for (long k = 0; k < n; ++k) {
+    Scaled<Real> value = run.value_i(out[k]);
+    if (left) {
+      const Complex<Real> unit = functions::turn<Real>(side * (order.fraction + static_cast<Real>((order.whole + k) & 1)));
+      value = value * Scaled<Real>{unit, 0};
+    }
+    out[k] = plain(value);
+    run.step(order.fraction + static_cast<Real>(order.whole + k + 1));
+  }
+}
+
+// K: in the left half plane K(-w) = exp(-+i pi nu) K(w) -+ i pi I(w).
+template <class Real>
+void l_c2ks(Order<Real> order, Complex<Real> z, long n, Complex<Real>* out) {
+  const bool left = z.re < 0;
+  const Complex<Real> w = left ? Complex<Real>{-z.re, -z.im} : z;
+  const Real side = std::signbit(z.im) ? -1 : 1, pi = static_cast<Real>(3.14159265358979323846);
+  if (left) functions::l_ratios<Real>(order.fraction + static_cast<Real>(order.whole), w, n, out);
+  Run<Real> run(order.fraction, order.whole, w);
+  for (long k = 0; k < n; ++k) {
+    Scaled<Real> value = run.value_k();
+    if (left) {
+      const Complex<Real> unit = functions::turn<Real>(-side * (order.fraction + static_cast<Real>((order.whole + k) & 1)));
+      value = value * Scaled<Real>{unit, 0} + run.value_i(out[k]) * functions::scaled<Real>({0, -side * pi});
+    }
+    out[k] = plain(value);
+    run.step(order.fraction + static_cast<Real>(order.whole + k + 1));
+  }
+}
+
+// J(z) = exp(i pi nu / 2) I(-i z) in the upper half plane; conjugates below.
+template <class Real>
+void l_cbjs(Order<Real> order, Complex<Real> z, long n, Complex<Real>* out) {
+  const bool below = std::signbit(z.im);
+  const Complex<Real> w = {std::abs(z.im), -z.re};
+  functions::l_ratios<Real>(order.fraction + static_cast<Real>(order.whole), w, n, out);
+  Run<Real> run(order.fraction, order.whole, w);
+  for (long k = 0; k < n; ++k) {
+    const Real quarter = (order.fraction + static_cast<Real>((order.whole + k) & 3)) / 2;
+    out[k] = conjugate_if<Real>(below, plain(run.value_i(out[k]) * Scaled<Real>{functions::turn<Real>(quarter), 0}));
+    run.step(order.fraction + static_cast<Real>(order.whole + k + 1));
+  }
+}
+
+// Y = i (J - H), H(z) = 2/(pi i) exp(-i pi nu / 2) K(-i z) being Hankel's function, in the upper half plane; conjugates below.
+template <class Real>
+void l_c2ys(Order<Real> order, Complex<Real> z, long n, Complex<Real>* out) {
+  const bool below = std::signbit(z.im), real = z.im == 0 && z.re > 0;
+  const Complex<Real> w = {std::abs(z.im), -z.re};
+  const Real two_over_pi = static_cast<Real>(0.63661977236758134308);
+  if (!real) functions::l_ratios<Real>(order.fraction + static_cast<Real>(order.whole), w, n, out);
+  Run<Real> run(order.fraction, order.whole, w);
+  for (long k = 0; k < n; ++k) {
+    const Real quarter = (order.fraction + static_cast<Real>((order.whole + k) & 3)) / 2;
+    // i times -H is -2/pi exp(-i pi nu / 2) K; for real z the real part of it is Y.
+    Scaled<Real> value =
+        run.value_k() * Scaled<Real>{functions::turn<Real>(-quarter), 0} * functions::scaled<Real>({-two_over_pi, 0});
+    if (!real) {
+      const Complex<Real> unit = functions::turn<Real>(quarter + Real(0.5));
+      value = value + run.value_i(out[k]) * Scaled<Real>{unit, 0};
+    }
+    out[k] = conjugate_if<Real>(below, plain(value));
+    run.step(order.fraction + static_cast<Real>(order.whole + k + 1));
+  }
+}
+
+// Values at z = 0; false when one is infinite.
+template <class Real>
+bool l_at_zero(Kind kind, Real xnu, long n, Complex<Real>* out) {
+  if (kind == Kind::k || kind == Kind::y || xnu < 0) return false;
+  for (long k = 0; k < n; ++k) out[k] = {xnu + static_cast<Real>(k) == 0 ? Real(1) : Real(0), 0};
+  return true;
+}
+
+// How many values at the front are numbers of full precision: what overflows or underflows ends the count.
+template <class Real>
+long l_valid(long n, const Complex<Real>* out) {
+  for (long k = 0; k < n; ++k) {
+    const Real size = functions::larger_part<Real>(out[k]);
+    if (!(size >= Machine<Real>::smallest && size <= Machine<Real>::largest)) return k;
+    if (!(std::abs(out[k].re) + std::abs(out[k].im) <= 2 * size)) return k;
+  }
+  return n;
+}
+
+template <class Real>
+void l_compute(Kind kind, Order<Real> order, Complex<Real> z, long n, Complex<Real>* out) {
+  switch (kind) {
+    case Kind::i:
+      return l_c3is(order, z, n, out);
+    case Kind::j:
+      return l_cbjs(order, z, n, out);
+    case Kind::k:
+      return l_c2ks(order, z, n, out);
+    case Kind::y:
+      return l_c2ys(order, z, n, out);
+  }
+}
+
+// Real values for real arguments: the rotation leaves rounding in the imaginary part.
+template <class Real>
+void l_make_real(Kind kind, Order<Real> order, Complex<Real> z, long n, Complex<Real>* out) {
+  const bool whole = order.fraction == 0 && (kind == Kind::i || kind == Kind::j);
+  if (z.im != 0 || !(z.re > 0 || whole)) return;
+  for (long k = 0; k < n; ++k) out[k].im = 0;
+}
+
+template <class Real>
+Complex<Real>* l_bessel_sequence(Kind kind, Real xnu, Complex<Real> z, long n, const SequenceOptions<Real>& options) {
+  if (n < 1) {
+    if (kind == Kind::i || kind == Kind::k) return failed<Math>() ? nullptr : options.user;
+    raise<Math>(5, MATH_FCN_VALUES, {.i = {n}});
+  }
+  const bool not_numbers = xnu != xnu || z.re != z.re || z.im != z.im;
+  if (!not_numbers) {
+    if (xnu <= Real(-0.5) || static_cast<double>(xnu) + static_cast<double>(n) - 1 > greatest_order) {
+      raise<Math>(5, MATH_INPUT_ARG_XNU, {.r = {static_cast<double>(xnu)}});
+    }
+    const Real size = functions::modulus<Real>(z), limit = 1 / Machine<Real>::epsilon;
+    if (size > limit) raise<Math>(5, MATH_COMPLEX_ABS_VALUE, {.r = {static_cast<double>(size), static_cast<double>(limit)}});
+  }
+  if (failed<Math>()) return nullptr;
+  Complex<Real>* const out = options.user != nullptr ? options.user : result<Math, Complex<Real>>(n);
+  if (out == nullptr) {
+    raise_out_of_memory<Math>({n}, {"values"});
+    return nullptr;
+  }
+  if (not_numbers) {
+    const Real value = xnu != xnu ? xnu : z.re != z.re ? z.re : z.im;
+    for (long k = 0; k < n; ++k) out[k] = {value, value};
+  } else if (z.re == 0 && z.im == 0) {
+    if (!l_at_zero(kind, xnu, n, out)) {
+      raise<Math>(5, MATH_COMPLEX_DIVIDE_BY_ZERO);
+      return nullptr;
+    }
+  } else {
+    const Real whole = std::round(xnu);
+    const Order<Real> order = {xnu - whole, static_cast<long>(whole)};
+    l_compute(kind, order, z, n, out);
+    const long valid = l_valid<Real>(n, out);
+    l_make_real(kind, order, z, n, out);
+    if (valid < n) {
+      raise<Math>(4, MATH_FIRST_CBS_VALID, {.i = {valid, n}});
+      return nullptr;
+    }
+  }
+  if (options.user == nullptr) keep<Math>(out);
+  return out;
+}
+
+}  // namespace
+}  // namespace zent
+
+#define ZENT_FORM(P, Real, Record, Letter, kind)                                                        \
+  extern "C" Record* zent_##P##_bessel_##Letter##x(Real xnu, Record z, long n, ...) {                   \
+    ZENT_OPTIONS(options, n, 3);                                                                        \
+    Record* values = zent::public_call<zent::Math>("zent_" #P "_bessel_" #Letter "x", [&] {             \
+      return zent::l_bessel_sequence<Real>(zent::Kind::kind, xnu, z, n, zent::parse<Real>(options));    \
+    });                                                                                                 \
+    ZENT_OPTIONS_END(options);                                                                          \
+    return values;                                                                                      \
+  }                                                                                                     \
+  extern "C" Record* zent_##P##_bessel_##Letter##x_adr(const Real* xnu, const Record* z, long n, ...) { \
+    ZENT_OPTIONS(options, n, 3);                                                                        \
+    Record* values = zent::public_call<zent::Math>("zent_" #P "_bessel_" #Letter "x_adr", [&] {         \
+      return zent::l_bessel_sequence<Real>(zent::Kind::kind, *xnu, *z, n, zent::parse<Real>(options));  \
+    });                                                                                                 \
+    ZENT_OPTIONS_END(options);                                                                          \
+    return values;                                                                                      \
+  }
+#define ZENT_FORMS(Letter, kind)                    \
+  ZENT_FORM(c, float, zent_f_complex, Letter, kind) \
+  ZENT_FORM(z, double, zent_d_complex, Letter, kind)
+ZENT_FORMS(I, i)
+ZENT_FORMS(J, j)
+ZENT_FORMS(K, k)
+ZENT_FORMS(Y, y)
+#undef ZENT_FORMS
+#undef ZENT_FORM

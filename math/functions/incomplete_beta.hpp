@@ -1,0 +1,229 @@
+// The incomplete beta function ratio for both halves.
+//
+// Methods: near the mean Bosten and Battiste (1974), an infinite sum for the fractional part of q and a finite sum for the whole
+// part, in blocks so that its terms neither underflow nor overflow; in the tails the continued fraction (DLMF 8.17.22).
+#pragma once
+
+#include "math/functions/beta.hpp"
+#include "math/functions/erf.hpp"
+
+namespace zent::functions {
+
+// log(1 + d) where 1 + d is also known as a product: each serves where it is the more precise.
+template <class Real>
+inline Real log_near_one(Real d, Real whole) {
+  return d < static_cast<Real>(-0.5) ? std::log(whole) : std::log1p(d);
+}
+
+// log(x^a z^b/beta(a, b)), z = 1 - x, arranged so that large terms cancel before they are rounded.
+template <class Real>
+inline Real log_beta_power(Real x, Real z, Real a, Real b, Real log_beta_ab) {
+  const Real sum = a + b, half = static_cast<Real>(0.5);
+  if (a >= 10 && b >= 10) {
+    const Real d = x * b - z * a;
+    const Real corrections = stirling_correction(sum) - stirling_correction(a) - stirling_correction(b);
+    return a * log_near_one(d / a, x * sum / a) + b * log_near_one(-d / b, z * sum / b) + corrections +
+           half * std::log(a / sum * b) - static_cast<Real>(log_root_two_pi);
+  }
+  const Real p = a < b ? a : b, q = a < b ? b : a;
+  Real log_gamma_p = 0;
+  if (q < 10 || !plain_log_gamma(p, log_gamma_p)) return a * std::log(x) + b * std::log(z) - log_beta_ab;
+  const Real xp = a < b ? x : z, xq = a < b ? z : x;
+  const Real c = stirling_correction(q) - stirling_correction(sum);
+  return p * (std::log(xp * sum) - 1) - log_gamma_p - c + half * std::log1p(-p / sum) +
+         q * log_near_one((p - xp * sum) / q, xq * sum / q);
+}
+
+// The infinite sum, with ps in (0, 1]; `lnsml` is the logarithm of the least exponent that counts.
+template <class Real>
+inline Real beta_infinite_sum(Real y, Real log_y, Real p, Real ps, Real log_beta_ps, Real lnsml) {
+  const Real t = p * log_y - log_beta_ps - std::log(p);
+  if (t < lnsml) return 0;
+  Real value = std::exp(t);
+  if (ps == 1) return value;
+  Real term = value * p;
+  const Real ratio = std::log(Machine<Real>::spacing) / log_y;
+  const long n = ratio > 4 ? (ratio < static_cast<Real>(1e9) ? static_cast<long>(ratio) : 1000000000L) : 4;
+  for (long i = 1; i <= n; ++i) {
+    const Real k = static_cast<Real>(i);
+    term *= (k - ps) * y / k;
+    const Real added = term / (p + k);
+    value += added;
+    if (added < value * (Machine<Real>::spacing / 64)) break;  // all terms are positive and fall
+  }
+  return value;
+}
+
+// The finite sum for q > 1; terms start in block ib, exp(lnsml) times smaller for each.
+template <class Real>
+inline Real beta_finite_sum(Real y, Real z, Real p, Real q, Real log_beta_pq, Real lnsml) {
+  const Real t = log_beta_power(y, z, p, q, log_beta_pq) - std::log(q);
+  long ib = t / lnsml > 0 ? static_cast<long>(t / lnsml) : 0;
+  Real term = std::exp(t - static_cast<Real>(ib) * lnsml);
+  const Real block = std::exp(lnsml);
+  const Real c = 1 / z, pq = p + q;
+  const Real p1 = q * c / (pq - 1);
+  long n = static_cast<long>(q);
+  if (q == static_cast<Real>(n)) --n;
+  Real sum = 0;
+  for (long i = 1; i <= n; ++i) {
+    if (p1 <= 1 && term / Machine<Real>::spacing <= sum) break;
+    const Real k = static_cast<Real>(i);
+    term *= (q - k + 1) * c / (pq - k);
+    if (term > 1) {
+      --ib;
+      term *= block;
+    }
+    if (ib == 0) sum += term;
+  }
+  return sum;
+}
+
+// I_x(a, b) for x well below the mean, by the even part of its continued fraction, with full relative precision however small the
+// value is. Not a number without convergence.
+template <class Real>
+inline Real beta_fraction(Real x, Real z, Real a, Real b, Real log_beta_ab) {
+  const Real sum = a + b;
+  Real odd = -sum * x / (a + 1);  // coefficients 1, 3, 5, ... of the fraction 1/(1 + odd/(1 + even/(1 + ...
+  Real d = 1 / (1 + odd), change = d, value = d;
+  int small = 0;
+  for (int k = 1; k <= 200000; ++k) {
+    const Real m = static_cast<Real>(k), a2m = a + 2 * m;
+    const Real even = m * (b - m) * x / ((a2m - 1) * a2m);
+    const Real next = -(a + m) * (sum + m) * x / (a2m * (a2m + 1));
+    const Real partial = 1 + even + next;
+    d = 1 / (partial - odd * even * d);
+    change *= partial * d - 1;
+    value += change;
+    odd = next;
+    small = std::abs(change) <= Machine<Real>::spacing * std::abs(value) ? small + 1 : 0;
+    if (small == 2) {  // one small change may be a sign change on the way
+      return std::exp(log_beta_power(x, z, a, b, log_beta_ab)) / a * value;
+    }
+  }
+  return Machine<Real>::not_a_number;
+}
+
+// Both parameters very large: Temme's uniform expansion (DLMF 8.18.9) with its first correction; what follows is below the
+// rounding.
+template <class Real>
+inline Real beta_uniform(Real x, Real a, Real b) {
+  const Real sum = a + b, half = static_cast<Real>(0.5);
+  const Real x0 = a / sum, y0 = b / sum;
+  const Real d = (x * b - (1 - x) * a) / sum;  // x - x0
+  const Real exponent = x0 * log_near_one(d / x0, x / x0) + y0 * log_near_one(-d / y0, (1 - x) / y0);
+  const Real spread = std::sqrt(x0 * y0);
+  Real eta, correction;
+  if (std::abs(d) < static_cast<Real>(1e-4) * spread * spread) {
+    const Real size = std::abs(d) < static_cast<Real>(1e-9) * spread ? d / spread : std::sqrt(exponent < 0 ? -2 * exponent : 0);
+    eta = std::copysign(size, d);
+    correction = (y0 - x0) / (3 * spread);
+  } else {
+    eta = std::copysign(std::sqrt(-2 * exponent), d);
+    correction = 1 / eta - spread / d;
+  }
+  Real area = 0;
+  if (!plain_erfc(-eta * std::sqrt(sum / 2), area)) area = 0;
+  return half * area + std::exp(-half * eta * eta * sum) / std::sqrt(static_cast<Real>(6.283185307179586477) * sum) * correction;
+}
+
+// The sums serve near the mean, within this many standard deviations, where the density has one hump and their finite part is not
+// too long; elsewhere the fraction is both shorter and more precise.
+inline constexpr double beta_middle = 0.1, beta_longest_sum = 1e4, beta_uniform_from = 1e12;
+
+// True, with the value, where the fraction or the expansion serves.
+template <class Real>
+inline bool beta_tail(Real x, Real a, Real b, Real log_beta_ab, Real& value) {
+  const Real sum = a + b;
+  const Real distance = x * b - (1 - x) * a;  // (x - mean) (a + b)
+  const Real longest = static_cast<Real>(beta_longest_sum), large = static_cast<Real>(beta_uniform_from);
+  if (a >= 1 && b >= 1 && a <= longest && b <= longest &&
+      distance * distance * (sum + 1) <= static_cast<Real>(beta_middle * beta_middle) * a * b) {
+    return false;
+  }
+  if (a >= large && b >= large) {
+    value = beta_uniform(x, a, b);
+    return true;
+  }
+  const bool far = distance * distance * (sum + 1) > 4 * a * b;
+  // With a below 1 the fraction converges beyond the mean too, and 1 - x would lose digits of a small x.
+  const bool upper = a < 1 && b >= 1 ? x > (a + 1) / (sum + 2) : distance > 0 && (x > static_cast<Real>(0.01) || far);
+  value = upper ? beta_fraction(1 - x, x, b, a, log_beta_ab) : beta_fraction(x, 1 - x, a, b, log_beta_ab);
+  if (value != value || value > 1) {
+    if (a <= longest && b <= longest) return false;
+    value = beta_uniform(x, a, b);  // the sums would not end in useful time
+    value = value < 0 ? 0 : value > 1 ? 1 : value;
+    return true;
+  }
+  if (upper) value = 1 - value;
+  return true;
+}
+
+// a, b > 0, finite, and 0 <= x <= 1. False where log beta has something to say.
+template <class Real>
+inline bool plain_beta_incomplete(Real x, Real a, Real b, Real& value) {
+  const Real xsml = gamma_limits<Real>.xsml, most = static_cast<Real>(1e17);
+  if (!(x >= 0 && x <= 1 && a >= xsml && b >= xsml && a <= most && b <= most)) return false;
+  Real log_beta_pq = 0;
+  if (!plain_log_beta(a, b, log_beta_pq)) return false;
+  if (x == 0 || x == 1) {
+    value = x;
+    return true;
+  }
+  if (beta_tail(x, a, b, log_beta_pq, value)) return true;
+  const bool swap = (a < b || x >= static_cast<Real>(0.8)) && x >= static_cast<Real>(0.2);
+  const Real y = swap ? 1 - x : x, z = swap ? x : 1 - x;
+  const Real p = swap ? b : a, q = swap ? a : b;
+  const Real tiny = Machine<Real>::smallest;
+  const Real lnsml = static_cast<Real>(0.95) * std::log(tiny);
+  if ((p + q) * y / (p + 1) < Machine<Real>::spacing) {
+    const Real t = p * std::log(y > tiny ? y : tiny) - std::log(p) - log_beta_pq;
+    value = t > lnsml && y != 0 ? std::exp(t) : 0;
+  } else {
+    const Real log_y = std::log(y);
+    Real ps = q - std::floor(q);
+    if (ps == 0) ps = 1;
+    Real log_beta_ps = log_beta_pq;
+    if (ps != q && !plain_log_beta(ps, p, log_beta_ps)) return false;
+    value = beta_infinite_sum(y, log_y, p, ps, log_beta_ps, lnsml);
+    if (q > 1) value += beta_finite_sum(y, z, p, q, log_beta_pq, lnsml);
+  }
+  if (swap) value = 1 - value;
+  value = value < 0 ? 0 : value > 1 ? 1 : value;
+  return true;
+}
+
+// An infinite or vast parameter puts all the mass at one end, or at a / (a + b).
+template <class Real>
+inline Real beta_incomplete_limit(Real x, Real a, Real b) {
+  if (x == 0 || x == 1) return x;
+  const Real infinity = Machine<Real>::infinity;
+  if (a == infinity && b == infinity) return Machine<Real>::not_a_number;
+  if (a == infinity || b == infinity) return a == infinity ? 0 : 1;
+  const Real mean = a / 2 / (a / 2 + b / 2);
+  return x < mean ? 0 : x > mean ? 1 : static_cast<Real>(0.5);
+}
+
+template <class Half, class Real>
+Real l_beta_incomplete(Real x, Real a, Real b) {
+  Real value = 0;
+  if (plain_beta_incomplete(x, a, b, value)) return value;
+  if (x != x || a != a || b != b) return x != x ? x : a != a ? a : b;
+  const double shown_x = static_cast<double>(x), shown_a = static_cast<double>(a), shown_b = static_cast<double>(b);
+  const bool outside = x < 0 || x > 1, bad = a <= 0 || b <= 0;
+  if (outside) raise<Half>(5, MATH_REAL_OUT_OF_RANGE, {.r = {0, 1, shown_x}, .l = {"x"}});
+  if (bad) raise<Half>(5, MATH_BETA_NEG_ARG, {.r = {shown_a, shown_b}});
+  if (outside || bad) return Machine<Real>::not_a_number;
+  if (a >= static_cast<Real>(1e17) || b >= static_cast<Real>(1e17)) return beta_incomplete_limit(x, a, b);
+  log_beta<Half>(a, b);  // raises what stands in the way
+  return Machine<Real>::not_a_number;
+}
+template <class Half, class Real>
+inline Real beta_incomplete(Real x, Real a, Real b) {
+  Real value = 0;
+  if (plain_beta_incomplete(x, a, b, value) && leaf<Half>()) [[likely]]
+    return value;
+  return scalar_call<Half>(ZENT_FRAME("beta_incomplete"), [=] { return l_beta_incomplete<Half>(x, a, b); });
+}
+
+}  // namespace zent::functions

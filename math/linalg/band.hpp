@@ -1,0 +1,126 @@
+// Factorizations and solutions on column-major band storage, and what both public solvers share. All of it belongs to the
+// mathematics half.
+#pragma once
+
+#include <cmath>
+
+#include "math/linalg/band_isa.hpp"
+#include "runtime/envelope.hpp"
+#include "runtime/kernels/fast.hpp"
+#include "runtime/options.hpp"
+#include "zent.h"
+
+namespace zent::band {
+
+using kernel::abs1;
+using kernel::RealOf;
+
+// The smallest number that can be inverted without overflow.
+template <class Real>
+constexpr Real safe_minimum() {
+  return 1 > Machine<Real>::smallest * Machine<Real>::largest ? 1 / Machine<Real>::largest : Machine<Real>::smallest;
+}
+
+template <class T>
+RealOf<T> magnitude(T x) {
+  if constexpr (kernel::ComplexRecord<T>) {
+    return std::hypot(x.re, x.im);
+  } else {
+    return std::abs(x);
+  }
+}
+
+// +1 or -1; for complex elements the point of the unit circle in the same direction.
+template <class T>
+T direction(T x) {
+  if constexpr (kernel::ComplexRecord<T>) {
+    const RealOf<T> size = magnitude(x);
+    if (!(size > 0)) return {1, 0};
+    return {x.re / size, x.im / size};
+  } else {
+    return x >= 0 ? T{1} : T{-1};
+  }
+}
+
+// Something worse than a warning stands in the frame of the public function.
+inline bool fatal() {
+  return error_state<Math>.type_word[0] > 3;
+}
+
+// LU factorization with partial pivoting of the band matrix in a (element (r, j) of its storage at a + r * row_step + j *
+// column_step; corners are not read) into fac: ldfac >= 2 nlca + nuca + 1 rows, U above and on row nlca + nuca, negated
+// multipliers below it. block 0 lets the bandwidth choose. Work memory may fall short: then the columns go one by one.
+// Errors: 1010, 1074, 1075, 1076 (lda, only of column-major input), 1077; 1004 for a pivot that has no safe reciprocal.
+template <class T>
+void l_l2trb(long n, const T* a, long row_step, long column_step, long nlca, long nuca, T* fac, long ldfac, long* pvt,
+             long block);
+
+// Solution with that factor, ipath 1 plain, 2 transposed (conjugated). x may be b.
+template <class T>
+void l_lfsrb(long n, const T* fac, long ldfac, long nlca, long nuca, const long* pvt, const T* b, long ipath, T* x);
+
+// Cholesky factorization of the upper half, fac may be a, and the solution with it, x may be b.
+template <class T>
+void l_lftqs(long n, const T* a, long lda, long ncoda, T* fac, long ldfac);
+template <class T>
+void l_lfsqs(long n, const T* fac, long ldfac, long ncoda, const T* b, T* x);
+
+// The rows by n array between row-major and column-major with leading dimension ld, tile by tile.
+template <class T>
+void rows_to_columns(long rows, long n, const T* a, T* b, long ld) {
+  constexpr long tile = 32;
+  for (long first = 0; first < n; first += tile) {
+    const long last = first + tile < n ? first + tile : n;
+    for (long r = 0; r < rows; ++r) {
+      for (long j = first; j < last; ++j) b[j * ld + r] = a[r * n + j];
+    }
+  }
+}
+template <class T>
+void columns_to_rows(long rows, long n, const T* b, long ld, T* a) {
+  constexpr long tile = 32;
+  for (long first = 0; first < n; first += tile) {
+    const long last = first + tile < n ? first + tile : n;
+    for (long r = 0; r < rows; ++r) {
+      for (long j = first; j < last; ++j) a[r * n + j] = b[j * ld + r];
+    }
+  }
+}
+
+// The 1-norm of the inverse by Hager's method in Higham's form, in exactly five passes; the estimate of the last one counts. The
+// vector of a pass is fixed by the index that the pass before chose, so a repeated index closes a cycle: what the fifth pass
+// would give is then known without running it.
+template <class T, class Solve, class SolveTransposed>
+RealOf<T> l_condition_higham(long n, T* x, Solve solve, SolveTransposed solve_transposed) {
+  constexpr int passes = 5;
+  RealOf<T> estimate[passes] = {};
+  long chosen[passes] = {};
+  for (long i = 0; i < n; ++i) x[i] = kernel::from_real<T>(1 / static_cast<RealOf<T>>(n));
+  for (int pass = 0;; ++pass) {
+    solve(x);
+    for (long i = 0; i < n; ++i) estimate[pass] += magnitude(x[i]);
+    if (pass == passes - 1) return estimate[pass];
+    for (long i = 0; i < n; ++i) x[i] = direction(x[i]);
+    solve_transposed(x);
+    chosen[pass] = kernel::iamax(n, x, 1) - 1;
+    for (int earlier = 0; earlier < pass; ++earlier) {
+      if (chosen[earlier] != chosen[pass]) continue;
+      const int period = pass - earlier;
+      return estimate[earlier + 1 + (passes - 2 - pass) % period];
+    }
+    for (long i = 0; i < n; ++i) x[i] = T{};
+    x[chosen[pass]] = kernel::from_real<T>(1);
+  }
+}
+
+// Warns when norm * inverse_norm is beyond 1/epsilon and stores the condition number where it was asked for. A product that is
+// not a number counts as infinite.
+template <class Real>
+void l_report_condition(Real norm, Real inverse_norm, Real* condition) {
+  Real k = norm * inverse_norm;
+  if (std::isnan(k)) k = Machine<Real>::infinity;
+  if (k > 1 / Machine<Real>::epsilon) raise<Math>(3, MATH_ILL_CONDITIONED, {.r = {static_cast<double>(1 / k)}});
+  if (condition != nullptr) *condition = k;
+}
+
+}  // namespace zent::band

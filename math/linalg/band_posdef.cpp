@@ -1,0 +1,195 @@
+// Positive definite band systems: the public solver.
+#include <algorithm>
+
+#include "math/linalg/band.hpp"
+
+namespace zent::band {
+
+namespace {
+
+template <class T>
+struct PosdefOptions {
+  bool factor_only = false, solve_only = false;
+  T** give_factor = nullptr;
+  T* factor = nullptr;  // the caller's, row-major
+  T* x = nullptr;
+  RealOf<T>* condition = nullptr;
+};
+
+template <class T>
+PosdefOptions<T> read_options(Options& list) {
+  PosdefOptions<T> options;
+  while (const int code = list.code()) {
+    switch (code) {
+      case ZENT_FACTOR:
+        options.give_factor = list.pointer<T*>();
+        options.factor = nullptr;
+        break;
+      case ZENT_FACTOR_USER:
+        options.factor = list.pointer<T>();
+        options.give_factor = nullptr;
+        if (options.factor == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {"factor", "ZENT_FACTOR_USER"}});
+        break;
+      case ZENT_FACTOR_ONLY:
+        options.factor_only = true;
+        break;
+      case ZENT_SOLVE_ONLY:
+        options.solve_only = true;
+        break;
+      case ZENT_RETURN_USER:
+        options.x = list.pointer<T>();
+        if (options.x == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {"x", "ZENT_RETURN_USER"}});
+        break;
+      case ZENT_CONDITION:
+        options.condition = list.pointer<RealOf<T>>();
+        if (options.condition == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {"cond", "ZENT_CONDITION"}});
+        break;
+      default:
+        if (!list.unknown<Math>(code)) return options;
+    }
+  }
+  return options;
+}
+
+template <class T>
+bool arguments_fit(long n, const T* a, long ncoda, const T* b, const PosdefOptions<T>& options) {
+  if (a == nullptr && !options.solve_only) raise<Math>(5, MATH_UNEXPECTED_NULL_POINTER, {.l = {"a"}});
+  if (b == nullptr && !options.factor_only) raise<Math>(5, MATH_UNEXPECTED_NULL_POINTER, {.l = {"b"}});
+  if (failed<Math>()) return false;
+  if (options.solve_only && options.condition != nullptr) {
+    raise<Math>(5, MATH_CONDITION_ONLY_SPECIFIER);
+  } else if (options.factor_only && options.factor == nullptr && options.give_factor == nullptr) {
+    raise<Math>(5, MATH_FACTOR_ONLY_SPECIFIER);
+  } else if (options.solve_only && options.factor == nullptr) {
+    raise<Math>(5, MATH_SPECIFY_SOLVE_ONLY);
+  } else if (n < 1) {
+    raise<Math>(5, MATH_NEGATIVE_ORDER, {.i = {n}});
+  } else if (ncoda < 0 || ncoda >= n) {
+    raise<Math>(5, MATH_UPPER_CODIAGONALS, {.i = {ncoda, n}});
+  }
+  return !failed<Math>();
+}
+
+template <class T>
+bool diagonal_is_real(long n, const T* a, long ncoda) {
+  if constexpr (kernel::ComplexRecord<T>) {
+    const T* diagonal = a + ncoda * n;
+    for (long j = 0; j < n; ++j) {
+      if (diagonal[j].im == 0) continue;
+      raise<Math>(4, MATH_HERMITIAN_DIAG_REAL, {.i = {j}, .r = {static_cast<double>(diagonal[j].im)}});
+      return false;
+    }
+  }
+  return true;
+}
+
+// Column sums of the stored half and of its mirror image.
+template <class T>
+RealOf<T> l_compute_matrix_1_norm_band_sym(long n, const T* a, long ncoda) {
+  constexpr long tile = 256;
+  RealOf<T> norm = 0, sums[tile];
+  for (long first = 0; first < n; first += tile) {
+    const long last = std::min(n, first + tile);
+    std::fill_n(sums, tile, RealOf<T>{0});
+    for (long d = 0; d <= ncoda; ++d) {
+      const T* row = a + (ncoda - d) * n;
+      for (long j = std::max(first, d); j < last; ++j) sums[j - first] += magnitude(row[j]);
+      if (d == 0) continue;
+      for (long j = first; j < std::min(last, n - d); ++j) sums[j - first] += magnitude(row[j + d]);
+    }
+    for (long j = 0; j < last - first; ++j) {
+      if (sums[j] > norm) norm = sums[j];
+    }
+  }
+  return norm;
+}
+
+template <class T>
+void estimate_condition(long n, const T* columns, long ncoda, RealOf<T> norm, RealOf<T>* condition) {
+  T* work = scratch<Math, T>(n);
+  if (work == nullptr) {
+    raise_out_of_memory<Math>({n}, {"n"});
+    return;
+  }
+  const auto solve = [=](T* x) { l_lfsqs<T>(n, columns, ncoda + 1, ncoda, x, x); };
+  l_report_condition(norm, l_condition_higham(n, work, solve, solve), condition);
+}
+
+// The factor back to the caller, in rows. It is his also after a warning.
+template <class T>
+bool hand_over_factor(long n, const T* columns, long ncoda, const PosdefOptions<T>& options) {
+  T* rows = options.factor;
+  if (options.give_factor != nullptr) rows = result<Math, T>((ncoda + 1) * n);
+  if (rows == nullptr) {
+    if (options.give_factor == nullptr) return true;
+    raise_out_of_memory<Math>({ncoda, n}, {"ncoda", "n"});
+    return false;
+  }
+  columns_to_rows(ncoda + 1, n, columns, ncoda + 1, rows);
+  if (options.give_factor != nullptr) {
+    keep<Math>(rows);
+    *options.give_factor = rows;
+  }
+  return true;
+}
+
+template <class T>
+T* l_lin_sol_posdef_band(long n, T* a, long ncoda, T* b, Options& list) {
+  const PosdefOptions<T> options = read_options<T>(list);
+  if (!arguments_fit(n, a, ncoda, b, options)) return nullptr;
+  if (options.factor_only && options.solve_only) return nullptr;
+  if (!options.solve_only && !diagonal_is_real(n, a, ncoda)) return nullptr;
+  long count = 0;
+  T* columns = __builtin_mul_overflow(ncoda + 1, n, &count) ? nullptr : scratch<Math, T>(count);
+  if (columns == nullptr) {
+    raise_out_of_memory<Math>({ncoda, n}, {"ncoda", "n"});
+    return nullptr;
+  }
+  T* x = options.x;
+  if (x == nullptr && !options.factor_only) x = result<Math, T>(n);
+  if (x == nullptr && !options.factor_only) {
+    raise_out_of_memory<Math>({n}, {"n"});
+    return nullptr;
+  }
+  rows_to_columns(ncoda + 1, n, options.solve_only ? options.factor : a, columns, ncoda + 1);
+  const bool estimate = !options.solve_only && (!options.factor_only || options.condition != nullptr);
+  const RealOf<T> norm = estimate ? l_compute_matrix_1_norm_band_sym(n, a, ncoda) : 0;
+  if (!options.solve_only) l_lftqs<T>(n, columns, ncoda + 1, ncoda, columns, ncoda + 1);
+  if (!fatal() && !options.factor_only) l_lfsqs<T>(n, columns, ncoda + 1, ncoda, b, x);
+  if (!fatal() && estimate) estimate_condition(n, columns, ncoda, norm, options.condition);
+  if (fatal() || (!options.solve_only && !hand_over_factor(n, columns, ncoda, options))) return nullptr;
+  if (options.factor_only) return nullptr;
+  keep<Math>(x);
+  return x;
+}
+
+}  // namespace
+
+}  // namespace zent::band
+
+#define ZENT_FORM(P, T)                                                                                                  \
+  extern "C" T* zent_##P##_lin_sol_posdef_band(long n, T* a, long ncoda, T* b, ...) {                                    \
+    ZENT_OPTIONS(options, b, 4);                                                                                         \
+    T* x = zent::public_call<zent::Math>("zent_" #P "_lin_sol_posdef_band",                                              \
+                                         [&] { return zent::band::l_lin_sol_posdef_band<T>(n, a, ncoda, b, options); }); \
+    ZENT_OPTIONS_END(options);                                                                                           \
+    return x;                                                                                                            \
+  }
+ZENT_FORM(f, float)
+ZENT_FORM(d, double)
+ZENT_FORM(c, zent_f_complex)
+ZENT_FORM(z, zent_d_complex)
+#undef ZENT_FORM
+
+extern "C" void zent_lftqs(long n, float* a, long lda, long ncoda, float* fac, long ldfac) {
+  zent::band::l_lftqs(n, a, lda, ncoda, fac, ldfac);
+}
+extern "C" void zent_dlftqs(long n, double* a, long lda, long ncoda, double* fac, long ldfac) {
+  zent::band::l_lftqs(n, a, lda, ncoda, fac, ldfac);
+}
+extern "C" void zent_lfsqs(long n, float* fac, long ldfac, long ncoda, float* b, float* x) {
+  zent::band::l_lfsqs(n, fac, ldfac, ncoda, b, x);
+}
+extern "C" void zent_dlfsqs(long n, double* fac, long ldfac, long ncoda, double* b, double* x) {
+  zent::band::l_lfsqs(n, fac, ldfac, ncoda, b, x);
+}

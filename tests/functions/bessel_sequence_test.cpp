@@ -1,0 +1,227 @@
+// Sequences of Bessel functions of complex argument.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <complex>
+#include <cstdlib>
+#include <fstream>
+#include <limits>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/support/quiet.hpp"
+#include "zent.h"
+
+namespace {
+
+template <class Real>
+struct Form;
+template <>
+struct Form<double> {
+  using Record = zent_d_complex;
+  static constexpr Record* (*adr[])(const double*, const Record*, long, ...) = {zent_z_bessel_Ix_adr, zent_z_bessel_Jx_adr,
+                                                                                zent_z_bessel_Kx_adr, zent_z_bessel_Yx_adr};
+  static constexpr Record* (*plain[])(double, Record, long, ...) = {zent_z_bessel_Ix, zent_z_bessel_Jx, zent_z_bessel_Kx,
+                                                                    zent_z_bessel_Yx};
+};
+template <>
+struct Form<float> {
+  using Record = zent_f_complex;
+  static constexpr Record* (*adr[])(const float*, const Record*, long, ...) = {zent_c_bessel_Ix_adr, zent_c_bessel_Jx_adr,
+                                                                               zent_c_bessel_Kx_adr, zent_c_bessel_Yx_adr};
+  static constexpr Record* (*plain[])(float, Record, long, ...) = {zent_c_bessel_Ix, zent_c_bessel_Jx, zent_c_bessel_Kx,
+                                                                   zent_c_bessel_Yx};
+};
+enum Kind { I, J, K, Y };
+
+template <class Real>
+class Sequences : public ::testing::Test {
+ protected:
+  using Record = typename Form<Real>::Record;
+  using C = std::complex<Real>;
+  void SetUp() override {
+    be_quiet();
+  }
+  // Values through the form by address, into storage of the caller; empty after an error.
+  static std::vector<C> run(int kind, double order, C z, long n) {
+    const Real nu = static_cast<Real>(order);
+    const Record record = {z.real(), z.imag()};
+    std::vector<Record> out(n);
+    if (Form<Real>::adr[kind](&nu, &record, n, ZENT_RETURN_USER, out.data(), 0) == nullptr) return {};
+    std::vector<C> values;
+    for (const Record& r : out) values.push_back({r.re, r.im});
+    return values;
+  }
+};
+using Forms = ::testing::Types<double, float>;
+TYPED_TEST_SUITE(Sequences, Forms);
+
+TYPED_TEST(Sequences, Reference) {
+  using Real = TypeParam;
+  using C = std::complex<Real>;
+  std::ifstream file(ZENT_SOURCE_DIR "/tests/data/functions/bessel_sequences.tsv");
+  long compared = 0;
+  for (std::string line; std::getline(file, line);) {
+    if (line[0] == '#') continue;
+    std::istringstream in(line);
+    std::string kind, field[11];
+    in >> kind;
+    for (std::string& f : field) in >> f;
+    const double nu = std::strtod(field[0].c_str(), nullptr);
+    const C z(static_cast<Real>(std::strtod(field[1].c_str(), nullptr)),
+              static_cast<Real>(std::strtod(field[2].c_str(), nullptr)));
+    const std::vector<C> values = TestFixture::run(static_cast<int>(std::string("IJKY").find(kind)), nu, z, 4);
+    ASSERT_EQ(values.size(), 4U) << line;
+    for (std::size_t k = 0; k < 4; ++k) {
+      const std::complex<long double> expected(std::strtold(field[3 + 2 * k].c_str(), nullptr),
+                                               std::strtold(field[4 + 2 * k].c_str(), nullptr));
+      const std::complex<long double> found(values[k]);
+      // Near zeros the error goes with the amplitude, about sqrt(2 / (pi |z|)) or 1 over it.
+      const long double amplitude = std::abs(z) > nu + k ? 0.3L / std::sqrt(static_cast<long double>(std::abs(z))) : 0;
+      const long double order = 1 + nu + static_cast<long double>(k);
+      EXPECT_LE(std::abs(found - expected),
+                (8 + order) * std::numeric_limits<Real>::epsilon() * std::max(std::abs(expected), amplitude))
+          << line;
+      ++compared;
+    }
+    if (z.imag() == 0 && z.real() > 0) {
+      EXPECT_EQ(values[0].imag(), 0);
+    }
+  }
+  EXPECT_EQ(compared, 256);
+}
+
+// The products may be out of the range of the form, or of the digits of the sum.
+using Long = std::complex<long double>;
+template <class C>
+std::vector<Long> wide(const std::vector<C>& values) {
+  return {values.begin(), values.end()};
+}
+
+// The Wronskian ties all four kinds together, over sizes, angles and orders that no table holds.
+TYPED_TEST(Sequences, Wronskians) {
+  using Real = TypeParam;
+  using C = std::complex<Real>;
+  const Real epsilon = std::numeric_limits<Real>::epsilon(), pi = std::acos(Real(-1));
+  for (Real size : {Real(1e-8), Real(0.5), Real(1.999), Real(2.001), Real(7), Real(24.9), Real(25.1), Real(60), Real(1e5)}) {
+    for (Real angle : {0.0, 0.3, 0.5, 0.8, 1.0, -0.2, -0.5, -1.0}) {
+      const C z = std::polar(size, angle * pi);
+      for (Real nu : {-0.49, 0.0, 0.5, 2.3, 11.0}) {
+        const std::vector<Long> j = wide(TestFixture::run(J, nu, z, 2)), y = wide(TestFixture::run(Y, nu, z, 2));
+        if (j.size() == 2 && y.size() == 2) {  // else out of range: exp(|Im z|)
+          const Long w = j[1] * y[0] - j[0] * y[1], expected = 2.0L / (std::acos(-1.0L) * Long(z));
+          const long double terms = std::abs(j[1] * y[0]) + std::abs(j[0] * y[1]) + std::abs(expected);
+          EXPECT_LE(std::abs(w - expected), (40 + 4 * nu) * epsilon * terms) << nu << " " << z;
+        }
+        const std::vector<Long> i = wide(TestFixture::run(I, nu, z, 2)), k = wide(TestFixture::run(K, nu, z, 2));
+        if (i.size() == 2 && k.size() == 2) {
+          const Long w = i[0] * k[1] + i[1] * k[0], expected = Long(1) / Long(z);
+          const long double terms = std::abs(i[0] * k[1]) + std::abs(i[1] * k[0]) + std::abs(expected);
+          EXPECT_LE(std::abs(w - expected), (40 + 4 * nu) * epsilon * terms) << nu << " " << z;
+        }
+      }
+    }
+  }
+}
+
+TYPED_TEST(Sequences, ExtremesAndCuts) {
+  using Real = TypeParam;
+  using C = std::complex<Real>;
+  const Real epsilon = std::numeric_limits<Real>::epsilon();
+  // J0 and Y0 of a great argument by their leading terms (the next is 1/(8x)).
+  const Real x = sizeof(Real) == 8 ? Real(1e15) : Real(8e6);
+  const double root = 1 / std::sqrt(std::acos(-1.0) * x), c = std::cos(static_cast<double>(x)),
+               s = std::sin(static_cast<double>(x));
+  EXPECT_NEAR(TestFixture::run(J, 0, x, 1).at(0).real(), root * (c + s), (8 * epsilon + 0.2 / x) * root);
+  EXPECT_NEAR(TestFixture::run(Y, 0, x, 1).at(0).real(), root * (s - c), (8 * epsilon + 0.2 / x) * root);
+  // K1 of a small argument is 1/z; I1 is z/2.
+  const Real small = sizeof(Real) == 8 ? Real(1e-300) : Real(1e-36);
+  EXPECT_NEAR(TestFixture::run(K, 1, small, 1).at(0).real() * small, 1, 8 * epsilon);
+  EXPECT_NEAR(TestFixture::run(I, 1, small, 1).at(0).real() / small, Real(0.5), 8 * epsilon);
+  // The sign of a zero imaginary part tells the side of the cut.
+  const std::vector<C> above = TestFixture::run(K, 0.25, C(-2, 0.0), 2), below = TestFixture::run(K, 0.25, C(-2, -0.0), 2);
+  ASSERT_EQ(above.size(), 2U);
+  EXPECT_EQ(above[1], std::conj(below[1]));
+  EXPECT_LT(above[0].imag(), -1);
+  // Whole orders of I and J are real on the whole axis.
+  EXPECT_EQ(TestFixture::run(J, 3, C(-2, 0), 1).at(0), -TestFixture::run(J, 3, C(2, 0), 1).at(0));
+  EXPECT_EQ(TestFixture::run(I, 2, C(0, 0), 1).at(0), C(0));
+  EXPECT_EQ(TestFixture::run(J, 0, C(0, 0), 2).at(0), C(1));
+}
+
+// Bisection walks into the numbers next to a zero, where a ratio of neighbouring orders has no value.
+TYPED_TEST(Sequences, Zeros) {
+  using Real = TypeParam;
+  const struct {
+    double order;
+    Real low, high, zero;
+  } cases[] = {{0, 2, 3, Real(2.404825557695772769)},
+               {3, 6, 7, Real(6.380161895923983506)},
+               {0.5, 3, 4, Real(3.141592653589793238)},
+               {2, 11, 12, Real(11.61984117214905943)},
+               {1, 38, 41, Real(38.47476623477161511)}};
+  for (const auto& c : cases) {
+    Real low = c.low, high = c.high;
+    const Real start = TestFixture::run(J, c.order, low, 1).at(0).real();
+    for (int k = 0; k < 70; ++k) {
+      const Real middle = (low + high) / 2;
+      const auto values = TestFixture::run(J, c.order, middle, 1);
+      ASSERT_EQ(values.size(), 1U) << c.order << " " << middle;
+      (std::signbit(values[0].real()) == std::signbit(start) ? low : high) = middle;
+    }
+    EXPECT_NEAR(low, c.zero, 8 * std::numeric_limits<Real>::epsilon() * c.zero);
+  }
+}
+
+TYPED_TEST(Sequences, Errors) {
+  using Real = TypeParam;
+  using Record = typename Form<Real>::Record;
+  const Record z = {1, 1}, zero = {0, 0};
+  Record out[400];
+  const auto expect = [](long type, long number) {
+    EXPECT_EQ(zent_n1rty(1), type);
+    EXPECT_EQ(zent_error_code(), number);
+  };
+  for (int kind : {I, J, K, Y}) {
+    SCOPED_TRACE(kind);
+    const auto f = Form<Real>::plain[kind];
+    EXPECT_EQ(f(0, z, 1, 4711, 0), nullptr);
+    expect(5, 11001);
+    EXPECT_EQ(f(0, z, 1, -1), nullptr);
+    expect(5, 11001);
+    EXPECT_EQ(f(-0.5F, z, 1, 0), nullptr);
+    expect(5, 14001);
+    EXPECT_EQ(f(2e7F, z, 1, 0), nullptr);
+    expect(5, 14001);
+    const Real infinite = std::numeric_limits<Real>::infinity();
+    EXPECT_EQ(f(0, Record{1, infinite}, 1, 0), nullptr);
+    expect(5, 14002);
+    EXPECT_EQ(f(0, Record{1, 2 / std::numeric_limits<Real>::epsilon()}, 1, 0), nullptr);
+    expect(5, 14002);
+    // n < 1: an empty result for I and K, an error for J and Y.
+    const bool empty = kind == I || kind == K;
+    EXPECT_EQ(f(0, z, 0, ZENT_RETURN_USER, out, 0), empty ? out : nullptr);
+    EXPECT_EQ(zent_n1rty(1), empty ? 0 : 5);
+    EXPECT_EQ(f(0, z, -3, 0), nullptr);
+    if (!empty) expect(5, 14000);
+    if (kind == K || kind == Y) {
+      EXPECT_EQ(f(0, zero, 2, 0), nullptr);
+      expect(5, 607);
+    }
+    // Too far for the exponent range: the first values are there, and the pointer is null.
+    out[1] = {7, 7};
+    EXPECT_EQ(f(0, Record{Real(0.01), 0}, 400, ZENT_RETURN_USER, out, 0), nullptr);
+    expect(4, 14004);
+    Record first[2];
+    ASSERT_NE(f(0, Record{Real(0.01), 0}, 2, ZENT_RETURN_USER, first, 0), nullptr);
+    EXPECT_NEAR(out[1].re, first[1].re, std::abs(first[1].re) * 8 * std::numeric_limits<Real>::epsilon());
+    // A not-a-number goes through.
+    Record* values = f(0, Record{std::numeric_limits<Real>::quiet_NaN(), 0}, 2, 0);
+    ASSERT_NE(values, nullptr);
+    EXPECT_TRUE(std::isnan(values[1].re) && zent_n1rty(1) == 0);
+    zent_free_allocated_memory(values);
+  }
+}
+
+}  // namespace
