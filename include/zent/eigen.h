@@ -27,14 +27,15 @@ extern "C" {
  *   ZENT_RETURN_NUMBER  long *        receives how many eigenvalues there are: n, or the number in the range (eig_sym, eig_herm)
  *   ZENT_RETURN_USER    real *        the caller's storage for the eigenvalues, n of them, also with a range
  *
- * Result: the eigenvalues, n elements allocated (with a range the first ones are filled), or null after an error above type 3.
+ * Result: the eigenvalues, n elements allocated (with a range the first ones are filled), or null after an error above type 3,
+ * and null behind ZENT_VECTORS too.
  *
- * Errors, the first one found, type 5: 103 unknown option; 6002 null a or b; 104 null ZENT_VECTORS_USER; 1010 n < 1; 1014 column
- * dimension below n; 2044 a range together with ZENT_VECTORS_USER, since the number of columns is not known beforehand; 2004
- * elow not below ehigh; 201 no memory. Type 4: 2010 a diagonal element that is not real (eig_herm); 2028 b not positive definite.
- * Type 3, results stand: 2008 no convergence within 100 steps, which an element that is not finite brings about as well (all
- * results are then not-a-numbers; with a range there are none); 2042, 2043 vectors of a range that failed the test of their
- * residual or of their orthogonality.
+ * Errors, the first one found, type 5: 103 unknown option; 6002 null a or b; 104 null behind ZENT_VECTORS or ZENT_VECTORS_USER;
+ * 1010 n < 1; 1014 column dimension below n; 2044 a range together with ZENT_VECTORS_USER, since the number of columns is not
+ * known beforehand; 2004 elow not below ehigh; 201 no memory. Type 4: 2010 a diagonal element that is not real (eig_herm); 2028 b
+ * not positive definite. Type 3, results stand: 2008 no convergence within 100 steps, which an element that is not finite brings
+ * about as well (all results are then not-a-numbers; with a range there are none); 2042, 2043 vectors of a range that failed the
+ * test of their residual or of their orthogonality.
  *
  * Methods: blocked Householder reduction to tridiagonal form (Dongarra, Sorensen, Hammarling 1989); the root-free QL iteration of
  * Pal, Walker and Kahan for values; implicit QL with these values as shifts for the vectors; bisection by Sturm counts (Givens)
@@ -44,24 +45,24 @@ extern "C" {
  * the matrix; so are the errors of the values. */
 
 /* Eigenvalues, and vectors with T the real of the precision, of a real symmetric matrix. */
-ZENT_API float *zent_f_eig_sym(long n, float *a, ...);
-ZENT_API double *zent_d_eig_sym(long n, double *a, ...);
+ZENT_API float* zent_f_eig_sym(long n, float* a, ...);
+ZENT_API double* zent_d_eig_sym(long n, double* a, ...);
 
 /* The same of a complex Hermitian matrix; the values are real, T is complex. */
-ZENT_API float *zent_c_eig_herm(long n, zent_f_complex *a, ...);
-ZENT_API double *zent_z_eig_herm(long n, zent_d_complex *a, ...);
+ZENT_API float* zent_c_eig_herm(long n, zent_f_complex* a, ...);
+ZENT_API double* zent_z_eig_herm(long n, zent_d_complex* a, ...);
 
 /* Solves A x = lambda B x, A symmetric and B symmetric positive definite, by the Cholesky factor of B. No ranges. The accuracy
  * suffers from the condition of B. */
-ZENT_API float *zent_f_eig_symgen(long n, float *a, float *b, ...);
-ZENT_API double *zent_d_eig_symgen(long n, double *a, double *b, ...);
+ZENT_API float* zent_f_eig_symgen(long n, float* a, float* b, ...);
+ZENT_API double* zent_d_eig_symgen(long n, double* a, double* b, ...);
 
 /* Support routine of the statistics half: all eigenvalues in decreasing order (by value, not magnitude) and all vectors of the
  * symmetric matrix in the upper triangle of the column-major array a (leading dimension lda >= n). Vector j is column j of the
  * column-major array evec (leading dimension ldevec >= n), with 2-norm 1 and its largest component positive. a and evec may be
  * the same array. Raises 200 (type 5) without memory and 20103 (type 4) when an eigenvalue does not converge. */
-ZENT_API void zents_e5csf(long n, const float *a, long lda, float *eval, float *evec, long ldevec);
-ZENT_API void zents_de5csf(long n, const double *a, long lda, double *eval, double *evec, long ldevec);
+ZENT_API void zents_e5csf(long n, const float* a, long lda, float* eval, float* evec, long ldevec);
+ZENT_API void zents_de5csf(long n, const double* a, long lda, double* eval, double* evec, long ldevec);
 
 #ifdef __cplusplus
 }

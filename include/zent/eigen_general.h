@@ -13,10 +13,10 @@
  *   ZENT_GENEIG_OPTION   void*   accepted and not used (geneig)
  * T is the complex type of the form. Neither a nor b is changed.
  *
- * Errors: 103 unknown option; 6002 a, b, alpha or beta null; 104 null storage for the vectors; 1010 n below 1; 1014 n above a
- * column dimension; 201 no memory. 2009 slow convergence: for values alone a warning, where the values of the block that did not
- * converge are the diagonal it had reached; with vectors, and for pencils, a fatal error.
- * A matrix with an element that is not finite has not-a-numbers for all values and vectors. */
+ * Errors, the first one found: 103 unknown option; 6002 a, b, alpha or beta null; 104 null behind ZENT_VECTORS or
+ * ZENT_VECTORS_USER; 1010 n below 1; 1014 n above a column dimension; 201 no memory. 2009 slow convergence: for values alone a
+ * warning, where the values of the block that did not converge are the diagonal it had reached; with vectors, and for pencils, a
+ * fatal error. A matrix with an element that is not finite has not-a-numbers for all values and vectors. */
 #ifndef ZENT_EIGEN_GENERAL_H
 #define ZENT_EIGEN_GENERAL_H
 

@@ -22,6 +22,7 @@ struct General {
   Step<Real>* steps;
   C* w;
   long* index;
+  Real scale;  // what the balanced matrix was multiplied by
 
   bool allocate(long order, bool vectors) {
     n = order;
@@ -48,9 +49,17 @@ struct General {
     }
   }
 
+  // Balances the matrix. Where it was graded over more than the range of squares, only tiny elements may be left.
+  Block balance_matrix(bool scaling) {
+    const Block block = l_e9crg(n, h, n, balance, scaling);
+    scale = range_scale(largest_part(n, h, n));
+    for (long i = 0; i < n * n && scale != 1; ++i) h[i] = scale * h[i];
+    return block;
+  }
+
   // Values alone. Only the block that balancing leaves is reduced; the others stand on the diagonal.
   void l_e3lrg() {
-    const Block block = l_e9crg(n, h, n, balance);
+    const Block block = balance_matrix(true);
     const long size = block.high - block.low + 1;
     T* active = h + block.low + block.low * n;
     l_e4lrg(size, active, n);
@@ -71,16 +80,16 @@ struct General {
     join_values();
   }
 
-  // Values and vectors; false after an error. `wide` tells whether balancing scaled by more than a digit or two. With `scaling`
-  // false only its exchanges are made.
+  // Values and vectors; false after an error. `wide` tells whether balancing scaled by more than a digit or two, yet not by so
+  // much that the matrix could not do without. With `scaling` false only its exchanges are made.
   bool l_e8crg(bool scaling, bool& wide) {
-    const Block block = l_e9crg(n, h, n, balance, scaling);
+    const Block block = balance_matrix(scaling);
     Real least = 1, most = 1;
     for (long i = block.low; i <= block.high; ++i) {
       least = std::fmin(least, balance[i]);
       most = std::fmax(most, balance[i]);
     }
-    wide = most / least > 64;
+    wide = most / least > 64 && scale == 1;
     l_eacrg(n, block.low, block.high, h, n, work);
     l_ebcrg(n, block.low, block.high, h, n, z, n, work);
     if constexpr (complex) {
@@ -132,7 +141,7 @@ struct General {
   }
 
   void export_values(Real factor, C* values) const {
-    for (long k = 0; k < n; ++k) values[k] = factor * w[index[k]];
+    for (long k = 0; k < n; ++k) values[k] = factor * ((1 / scale) * w[index[k]]);
   }
   void export_vectors(C* vectors, long ld) const {
     for (long k = 0; k < n; ++k) {
@@ -166,8 +175,9 @@ ComplexFor<T>* l_eig_gen(long n, const T* a, Options& options) {
   if (o.vectors != nullptr) *o.vectors = nullptr;
   require(a, "a");
   check_general(n, false, o);
-  if (failed<Math>()) return nullptr;
   const bool wanted = o.wants_vectors();
+  if (wanted && !failed<Math>()) check_sizes(n, o.a_col_dim, o.vector_row(n));
+  if (failed<Math>()) return nullptr;
   General<T> g;
   C* values = o.values_user != nullptr ? o.values_user : result<Math, C>(n);
   C* vectors = wanted && values != nullptr ? vector_storage(n, o) : nullptr;

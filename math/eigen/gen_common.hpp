@@ -91,6 +91,17 @@ void check_general(long n, bool pencil, const GeneralOptions<T>& o) {
   }
 }
 
+// As the worker for values and vectors asks, whoever calls it.
+inline void check_sizes(long n, long lda, long ldevec) {
+  if (n < 1) {
+    raise<Math>(5, MATH_MATRIX_ORDER_TOO_SMALL, {.i = {n}});
+  } else if (lda < n) {
+    raise<Math>(5, MATH_LDA_VALUE_TOO_SMALL, {.i = {lda, n}});
+  } else if (ldevec < n) {
+    raise<Math>(5, MATH_LDEVEC_VALUE_TOO_SMALL, {.i = {ldevec, n}});
+  }
+}
+
 // Storage for n by n vectors: the caller's, whose rows have the column dimension, or new and n wide. Null after a failed
 // allocation.
 template <class T>

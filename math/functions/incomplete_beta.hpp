@@ -84,14 +84,18 @@ inline Real beta_finite_sum(Real y, Real z, Real p, Real q, Real log_beta_pq, Re
 template <class Real>
 inline Real beta_fraction(Real x, Real z, Real a, Real b, Real log_beta_ab) {
   const Real sum = a + b;
+  // For x near 1 the terms all but cancel; what is left of them is known in z, which has the digits that x lacks.
+  const bool near_one = x > static_cast<Real>(0.5);
   Real odd = -sum * x / (a + 1);  // coefficients 1, 3, 5, ... of the fraction 1/(1 + odd/(1 + even/(1 + ...
-  Real d = 1 / (1 + odd), change = d, value = d;
+  Real d = near_one ? (a + 1) / ((1 - b) + sum * z) : 1 / (1 + odd), change = d, value = d;
   int small = 0;
   for (int k = 1; k <= 200000; ++k) {
     const Real m = static_cast<Real>(k), a2m = a + 2 * m;
     const Real even = m * (b - m) * x / ((a2m - 1) * a2m);
-    const Real next = -(a + m) * (sum + m) * x / (a2m * (a2m + 1));
-    const Real partial = 1 + even + next;
+    const Real above = (a + m) * (sum + m), below = a2m * (a2m + 1);
+    const Real next = -above * x / below;
+    const Real left = near_one ? ((a * (2 * m + 1 - b) + m * (3 * m + 2 - b)) + above * z) / below : 1 + next;
+    const Real partial = left + even;
     d = 1 / (partial - odd * even * d);
     change *= partial * d - 1;
     value += change;

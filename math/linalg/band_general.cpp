@@ -117,8 +117,10 @@ RealOf<T> l_compute_matrix_1_norm_band(long n, const T* a, long nlca, long nuca)
 template <class T>
 bool provide_factor(long n, long nlca, long nuca, GeneralOptions<T>& options) {
   if (options.factor_user) return true;
-  long count = 0;
-  if (!__builtin_mul_overflow(2 * nlca + nuca + 1, n, &count)) options.factor = result<Math, T>(count);
+  long rows = nuca + 1, count = 0;
+  const bool countable = !__builtin_add_overflow(rows, nlca, &rows) && !__builtin_add_overflow(rows, nlca, &rows) &&
+                         !__builtin_mul_overflow(rows, n, &count);
+  if (countable) options.factor = result<Math, T>(count);
   if (options.factor == nullptr) {
     raise_out_of_memory<Math>({nlca, nuca, n}, {"nlca", "nuca", "n"});
     return false;
@@ -187,10 +189,10 @@ T* l_lin_sol_gen_band(long n, T* a, long nlca, long nuca, T* b, Options& list) {
   if (estimate) estimate_condition(n, nlca, nuca, norm, options);
   if (fatal()) return nullptr;
   if (!options.solve_only && options.give_factor != nullptr) {
+    *options.give_factor = options.factor;  // before they are kept: a null address must not cost them
+    *options.give_pivots = options.pivots;
     keep<Math>(options.factor);
     keep<Math>(options.pivots);
-    *options.give_factor = options.factor;
-    *options.give_pivots = options.pivots;
   }
   if (options.factor_only) return nullptr;
   keep<Math>(x);

@@ -127,8 +127,8 @@ bool hand_over_factor(long n, const T* columns, long ncoda, const PosdefOptions<
   }
   columns_to_rows(ncoda + 1, n, columns, ncoda + 1, rows);
   if (options.give_factor != nullptr) {
-    keep<Math>(rows);
     *options.give_factor = rows;
+    keep<Math>(rows);
   }
   return true;
 }

@@ -88,12 +88,6 @@ bool check_cholesky_sizes(long n, long lda, long ldfac) {
   return false;
 }
 
-template <class T>
-void copy_upper(long n, const T* a, long lda, T* b, long ldb) {
-  if (a == b && lda == ldb) return;
-  for (long j = 0; j < n; ++j) std::memmove(b + j * ldb, a + j * lda, sizeof(T) * (j + 1));
-}
-
 // fac := Cholesky factor of a, in full. The arrays may be the same. Also a factorization that stopped is mirrored.
 template <class Half, class T>
 bool lftds(long n, const T* a, long lda, T* fac, long ldfac) {

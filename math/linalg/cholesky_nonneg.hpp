@@ -48,7 +48,7 @@ bool l_chfac(long n, const Real* a, long lda, Real tol, long* irank, Real* r, lo
   c1dim<Half>(1, n, "*n", ldr, "ldr", &position);
   if (!(tol >= 0 && tol <= 1)) raise<Half>(5, NonnegErrors<Half>::bad_tolerance, {.r = {tol}});
   if (failed<Half>()) return false;
-  for (long j = 0; j < n; ++j) std::memmove(r + j * ldr, a + j * lda, sizeof(Real) * (j + 1));
+  copy_upper(n, a, lda, r, ldr);
   *irank = 0;
   long flag = 0;
   for (long c0 = 0; c0 < n; c0 += nonneg_block) {

@@ -1,5 +1,5 @@
-// Estimates of condition numbers from a factorization: the growth estimate of LINPACK for dense factors and the estimate of Hager
-// and Higham, which needs no more than two solves.
+// LINPACK's estimate of the condition number from a dense factorization (Cline, Moler, Stewart and Wilkinson, SIAM J. Numer.
+// Anal. 16, 1979): the pieces that all factors share.
 #pragma once
 
 #include "runtime/error.hpp"
@@ -57,47 +57,6 @@ void warn_ill_conditioned(Real rcond) {
 template <class T>
 void scale_by(long n, RealOf<T> factor, T* x) {
   fast::scal(n, from_real<T>(factor), x, 1);
-}
-
-// The direction of y with modulus 1; 1 for 0.
-template <class T>
-T direction(T y) {
-  if constexpr (kernel::ComplexRecord<T>) {
-    const auto modulus = std::hypot(y.re, y.im);
-    return modulus == 0 ? T{1, 0} : T{y.re / modulus, y.im / modulus};
-  } else {
-    return y >= 0 ? T{1} : T{-1};
-  }
-}
-
-// The 1-norm of the inverse of a matrix after Hager and Higham: always five passes, and the last one's value. solve(x) replaces x
-// by the solution of A y = x, solve_transposed(x) by that of A^H z = x. Without memory it raises 201 and gives 0.
-template <class Half, class T, class Solve, class SolveTransposed>
-RealOf<T> condition_higham(long n, Solve solve, SolveTransposed solve_transposed) {
-  T* x = scratch<Half, T>(n);
-  if (x == nullptr) {
-    raise_out_of_memory<Half>({n}, {"n"});
-    return 0;
-  }
-  for (long i = 0; i < n; ++i) x[i] = from_real<T>(1 / static_cast<RealOf<T>>(n));
-  RealOf<T> estimate = 0;
-  for (int pass = 0; pass < 5; ++pass) {
-    solve(x);
-    estimate = 0;
-    for (long i = 0; i < n; ++i) {
-      if constexpr (kernel::ComplexRecord<T>) {
-        estimate += std::hypot(x[i].re, x[i].im);
-      } else {
-        estimate += abs1(x[i]);
-      }
-      x[i] = direction(x[i]);
-    }
-    solve_transposed(x);
-    const long j = fast::iamax(n, x, 1) - 1;
-    for (long i = 0; i < n; ++i) x[i] = T{};
-    x[j] = from_real<T>(1);
-  }
-  return estimate;
 }
 
 // w := w / ||w||_1; the factor.

@@ -64,17 +64,22 @@ void transpose_leading(long n, T* a, long lda) {
   }
 }
 
+// Columns that stand lda apart, to ldb apart; b may be a.
 template <class T>
 void copy_columns(long n, const T* a, long lda, T* b, long ldb) {
   if (a == b && lda == ldb) return;
-  for (long j = 0; j < n; ++j) std::memmove(b + j * ldb, a + j * lda, sizeof(T) * n);
+  const bool spreads = a == b && ldb > lda;  // from the last one on, so that none is written over before it has moved
+  for (long step = 0; step < n; ++step) {
+    const long j = spreads ? n - 1 - step : step;
+    std::memmove(b + j * ldb, a + j * lda, sizeof(T) * n);
+  }
 }
 
-// Rows that stand lda apart move to ldb >= lda in the same memory.
+// The upper triangle alone; where b is a, all of it moves.
 template <class T>
-void spread_rows(long n, T* a, long lda, long ldb) {
-  if (lda == ldb) return;
-  for (long i = n - 1; i > 0; --i) std::memmove(a + i * ldb, a + i * lda, sizeof(T) * n);
+void copy_upper(long n, const T* a, long lda, T* b, long ldb) {
+  if (a == b) return copy_columns(n, a, lda, b, ldb);
+  for (long j = 0; j < n; ++j) std::memcpy(b + j * ldb, a + j * lda, sizeof(T) * (j + 1));
 }
 
 // Columns n to col_dim - 1 of a row-major array with n rows.

@@ -36,6 +36,9 @@ struct DenseOptions {
   bool wants_inverse() const {
     return inverse_storage != Storage::none;
   }
+  bool needs_matrix() const {  // a factor serves for a solution, but not for an inverse
+    return !solve_only || wants_inverse();
+  }
   int only_options() const {
     return factor_only + solve_only + inverse_only;
   }

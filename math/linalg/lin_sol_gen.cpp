@@ -37,7 +37,7 @@ void parse(Options& options, DenseOptions<T>& o) {
 
 template <class T>
 bool check(long n, const T* a, const T* b, const DenseOptions<T>& o) {
-  if (a == nullptr && !o.solve_only) raise<Math>(5, MATH_UNEXPECTED_NULL_POINTER, {.l = {"a"}});
+  if (a == nullptr && o.needs_matrix()) raise<Math>(5, MATH_UNEXPECTED_NULL_POINTER, {.l = {"a"}});
   if (b == nullptr && !o.factor_only && !o.inverse_only) raise<Math>(5, MATH_UNEXPECTED_NULL_POINTER, {.l = {"b"}});
   if (failed<Math>() || !check_dimensions(n, o) || !check_only_options(o)) return false;
   if (o.inverse_only && !o.wants_inverse()) {
@@ -54,24 +54,18 @@ bool no_memory(long n) {
   return false;
 }
 
+// Column-major A in the place of b, which may be that of a.
+template <class T>
+void load_transposed(long n, const T* a, long lda, T* b, long ldb) {
+  if (a != b) return copy_transposed(n, a, lda, b, ldb);
+  copy_columns(n, a, lda, b, ldb);
+  transpose_leading(n, b, ldb);
+}
+
 // Factors A into the factor's storage, still in the kernels' orientation.
 template <class T>
-bool factor(long n, T* a, DenseOptions<T>& o) {
-  if (o.factor_storage == Storage::user) {
-    if (o.factor == a) {
-      spread_rows(n, a, o.a_col_dim, o.fac_col_dim);
-      transpose_leading(n, a, o.fac_col_dim);
-    } else {
-      copy_transposed(n, a, o.a_col_dim, o.factor, o.fac_col_dim);
-    }
-  } else {
-    o.factor = result<Math, T>(area(n, o.fac_col_dim));
-    o.pvt = result<Math, long>(n);
-    if (o.factor == nullptr || o.pvt == nullptr) return no_memory<T>(n);
-    copy_transposed(n, a, o.a_col_dim, o.factor, o.fac_col_dim);
-  }
-  T* work = scratch<Math, T>(n);
-  if (work == nullptr) return no_memory<T>(n);
+bool factor(long n, const T* a, T* work, DenseOptions<T>& o) {
+  load_transposed(n, a, o.a_col_dim, o.factor, o.fac_col_dim);
   if (o.factor_only && o.condition == nullptr) {
     return factor_loaded<Math, T>(n, o.factor, o.fac_col_dim, o.pvt, nullptr, work);
   }
@@ -79,6 +73,15 @@ bool factor(long n, T* a, DenseOptions<T>& o) {
   const bool done = factor_loaded<Math, T>(n, o.factor, o.fac_col_dim, o.pvt, &rcond, work);
   if (done && o.condition != nullptr) *o.condition = condition_number(rcond);
   return done;
+}
+
+// Storage for the factor where the caller gives none.
+template <class T>
+bool provide_factor(long n, DenseOptions<T>& o) {
+  if (o.factor_storage == Storage::user) return true;
+  o.factor = result<Math, T>(area(n, o.fac_col_dim));
+  o.pvt = result<Math, long>(n);
+  return o.factor != nullptr && o.pvt != nullptr;
 }
 
 template <class T>
@@ -98,11 +101,10 @@ bool invert(long n, const T* a, DenseOptions<T>& o) {
   long* pvt = scratch<Math, long>(n);
   if (o.inverse == nullptr || work == nullptr || pvt == nullptr) return no_memory<T>(n);
   const long ld = o.inv_col_dim;
-  if (o.inverse_only && o.inverse != a) {
-    copy_transposed(n, a, o.a_col_dim, o.inverse, ld);
+  if (o.inverse_only) {
+    load_transposed(n, a, o.a_col_dim, o.inverse, ld);
   } else {
     copy_columns(n, a, o.a_col_dim, o.inverse, ld);
-    if (o.inverse_only) transpose_leading(n, o.inverse, ld);
   }
   RealOf<T> rcond = 0;
   const bool done = l_l2nrg<Math>(n, o.inverse, ld, pvt, &rcond, work);
@@ -138,10 +140,12 @@ T* l_lin_sol_gen(long n, T* a, T* b, Options& options) {
   // The inverse needs A, so a factor that takes its place comes second.
   const bool in_place = factors && o.factor_storage == Storage::user && o.factor == a;
   bool done = !(in_place && o.wants_inverse()) || invert(n, a, o);
+  T* work = done && factors ? scratch<Math, T>(n) : nullptr;
+  if (done && factors) done = (work != nullptr && provide_factor(n, o)) || no_memory<T>(n);
   const bool loads = done && factors;
-  if (loads) done = factor(n, a, o);
+  if (loads) done = factor(n, a, work, o);
   if (done && solves) done = solve(n, b, o);
-  if (loads && o.factor != nullptr && o.wants_factor()) transpose_leading(n, o.factor, o.fac_col_dim);
+  if (loads && o.wants_factor()) transpose_leading(n, o.factor, o.fac_col_dim);
   if (done && o.wants_inverse() && !in_place) done = invert(n, a, o);
   if (!done) return nullptr;
   hand_over(n, o, factors);

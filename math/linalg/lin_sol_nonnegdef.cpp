@@ -83,13 +83,9 @@ bool obtain_factor(long n, Real* a, DenseOptions<Real>& o, Real*& factor) {
   if (o.factor_storage == Storage::library) factor = o.factor = result<Math, Real>(area(n, o.fac_col_dim));
   if (o.factor_storage == Storage::none) factor = scratch<Math, Real>(area(n, o.fac_col_dim));
   if (factor == nullptr) return no_space<Real>();
-  long lda = o.a_col_dim, irank = 0;
-  if (factor == a && lda >= n && lda != o.fac_col_dim) {
-    o.fac_col_dim = std::max(o.fac_col_dim, lda);
-    spread_rows(n, a, lda, o.fac_col_dim);
-    lda = o.fac_col_dim;
-  }
-  return chfac<Math, Real>(n, a, lda, o.tolerance, &irank, factor, o.fac_col_dim);
+  if (factor == a) o.fac_col_dim = std::max(o.fac_col_dim, o.a_col_dim);
+  long irank = 0;
+  return chfac<Math, Real>(n, a, o.a_col_dim, o.tolerance, &irank, factor, o.fac_col_dim);
 }
 
 template <class Real>

@@ -21,7 +21,7 @@ void parse(Options& options, DenseOptions<T>& o) {
 
 template <class T>
 bool check(long n, const T* a, const T* b, const DenseOptions<T>& o) {
-  if (a == nullptr && !o.solve_only) raise<Math>(5, MATH_REQ_ARGUMENT_IS_NULL, {.l = {"a"}});
+  if (a == nullptr && o.needs_matrix()) raise<Math>(5, MATH_REQ_ARGUMENT_IS_NULL, {.l = {"a"}});
   if (b == nullptr && !o.factor_only && !o.inverse_only) raise<Math>(5, MATH_REQ_ARGUMENT_IS_NULL, {.l = {"b"}});
   return !failed<Math>() && check_dimensions(n, o) && check_only_options(o);
 }
@@ -35,11 +35,7 @@ bool factor(long n, T* a, DenseOptions<T>& o) {
     raise<Math>(5, MATH_NO_MEM_FOR_FAC);
     return false;
   }
-  long lda = o.a_col_dim;
-  if (o.factor == a) {
-    spread_rows(n, a, lda, o.fac_col_dim);
-    lda = o.fac_col_dim;
-  }
+  const long lda = o.a_col_dim;
   if (o.factor_only && o.condition == nullptr) return lftds<Math, T>(n, a, lda, o.factor, o.fac_col_dim);
   T* work = scratch<Math, T>(n);
   if (work == nullptr) return false;

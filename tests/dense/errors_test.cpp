@@ -58,6 +58,14 @@ const Case cases[] = {
      [](Function f) { return call(f, 2, a, b, ZENT_SOLVE_ONLY, ZENT_FACTOR_USER, factor, ZENT_CONDITION, &condition, 0); }},
     {"inverse nowhere", {1039, 0, 1039}, [](Function f) { return call(f, 2, a, b, ZENT_INVERSE_ONLY, 0); }},
     {"factor nowhere", {1040, 0, 1040}, [](Function f) { return call(f, 2, a, b, ZENT_FACTOR_ONLY, 0); }},
+    {"inverse without a",
+     {150, -1, -1},
+     [](Function f) {
+       return call(f, 2, none, b, ZENT_SOLVE_ONLY, ZENT_FACTOR_USER, pvt, factor, ZENT_INVERSE_USER, inverse, 0);
+     }},
+    {"inverse without a, pd",
+     {-1, 6002, -1},
+     [](Function f) { return call(f, 2, none, b, ZENT_SOLVE_ONLY, ZENT_FACTOR_USER, factor, ZENT_INVERSE_USER, inverse, 0); }},
     {"solve and inverse",
      {-1, -1, 1092},
      [](Function f) { return call(f, 2, a, b, ZENT_SOLVE_ONLY, ZENT_FACTOR_USER, factor, ZENT_INVERSE_USER, inverse, 0); }},

@@ -185,6 +185,30 @@ TYPED_TEST(General, Inverts) {
   }
 }
 
+// The inverse in the place of A, with the same column dimension, a larger and a smaller one.
+TYPED_TEST(General, InvertsInPlace) {
+  using T = TypeParam;
+  const long n = 20;
+  const Matrix<T> a = make_definite<T>(n);
+  for (long dim : {n, n + 3}) {
+    for (long inv_dim : {n, n + 5}) {
+      for (auto solver : {Form<T>::general, Form<T>::definite}) {
+        std::vector<T> storage(n * (n + 5)), b = random_vector<T>(n, 6);
+        for (long i = 0; i < n; ++i) std::memcpy(&storage[i * dim], &a.data[i * n], sizeof(T) * n);
+        T* x = dim == n
+                   ? solver(n, storage.data(), b.data(), ZENT_INVERSE_USER, storage.data(), ZENT_INV_COL_DIM, (int)inv_dim, 0)
+                   : solver(n, storage.data(), nullptr, ZENT_INVERSE_ONLY, ZENT_A_COL_DIM, (int)dim, ZENT_INVERSE_USER,
+                            storage.data(), ZENT_INV_COL_DIM, (int)inv_dim, 0);
+        EXPECT_EQ(error_number(), 0);
+        zent_free_allocated_memory(x);
+        Matrix<T> inverse(n);
+        for (long i = 0; i < n; ++i) std::memcpy(inverse.get() + i * n, &storage[i * inv_dim], sizeof(T) * n);
+        EXPECT_LT(inverse_error(a, inverse), growth * epsilon<T> * static_cast<double>(n)) << dim << " " << inv_dim;
+      }
+    }
+  }
+}
+
 // 1-norm condition numbers of Hilbert matrices (Higham, Accuracy and Stability, table 28.1: to 4 digits).
 TEST(Condition, OfHilbertMatrices) {
   be_quiet();

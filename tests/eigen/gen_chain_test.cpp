@@ -1,7 +1,8 @@
-// The register kernels of the iteration beside their plain versions, and reductions by what they must leave alone.
+// The register kernels of the iteration beside their plain versions, and the iterations when they do not converge.
 #include <gtest/gtest.h>
 
-#include "math/eigen/genchain.hpp"
+#include "math/eigen/gen_common.hpp"
+#include "math/eigen/genvalues.hpp"
 #include "tests/eigen/gen_matrices.hpp"
 
 namespace {
@@ -64,6 +65,56 @@ TYPED_TEST(Chains, RunsAreChainsOneAfterTheOther) {
     for (Real x : b) size = std::max<double>(size, std::abs(x));
     for (unsigned long k = 0; k < a.size(); ++k) ASSERT_NEAR(a[k], b[k], 1000 * eps<Real> * size) << columns << " " << k;
   }
+}
+
+// The block of the first three rows never splits; the value below it was found before. Values alone end with a warning and what
+// there is, vectors with an error.
+TYPED_TEST(Chains, IterationsThatDoNotConverge) {
+  using Real = TypeParam;
+  using C = zent::eigen::ComplexOf<Real>;
+  using zent::Math;
+  be_quiet();
+  const long n = 4;
+  vector<Real> h(n * n, std::numeric_limits<Real>::quiet_NaN());
+  for (long i = 0; i < n; ++i) h[i + 3 * n] = h[3 + i * n] = i == 3 ? 9 : 0;
+  vector<Real> copy = h, wr(n), wi(n), z(n * n), y(n * n), buffer(n * zent::eigen::buffer_width);
+  vector<zent::eigen::Step<Real>> steps(zent::eigen::Batch<Real>::step_room(n));
+  bool done = true;
+  zent::public_call<Math>("test", [&] { zent::eigen::l_e5lrg<Math>(n, n, copy.data(), wr.data(), wi.data()); });
+  EXPECT_EQ(zent_error_code(), MATH_SLOW_CONVERGENCE_GEN);
+  EXPECT_EQ(zent_error_type(), 3);
+  EXPECT_EQ(wr[3], 9);
+  copy = h;
+  zent::public_call<Math>("test", [&] {
+    done = zent::eigen::l_e5crh<Math>(n, 0, n - 1, copy.data(), n, wr.data(), wi.data(), z.data(), n, y.data(), steps.data(),
+                                      buffer.data());
+  });
+  EXPECT_FALSE(done);
+  EXPECT_EQ(zent_error_code(), MATH_SLOW_CONVERGENCE_GEN);
+  EXPECT_EQ(zent_error_type(), 4);
+  for (bool vectors : {false, true}) {
+    vector<C> complex_h(n * n), w(n), q(n * n);
+    for (long i = 0; i < n * n; ++i) complex_h[i] = {h[i], 0};
+    zent::public_call<Math>("test", [&] {
+      done = zent::eigen::l_e3cch<Math>(n, 0, n - 1, complex_h.data(), n, w.data(), vectors ? q.data() : nullptr, n);
+    });
+    EXPECT_FALSE(done);
+    EXPECT_EQ(zent_error_code(), MATH_SLOW_CONVERGENCE_GEN);
+    EXPECT_EQ(zent_error_type(), vectors ? 4 : 3);
+    EXPECT_EQ(w[3].re, 9);
+  }
+}
+
+TEST(General, SizesOfTheWorkerForVectors) {
+  be_quiet();
+  const auto code = [](long n, long lda, long ldevec) {
+    zent::public_call<zent::Math>("test", [&] { zent::eigen::check_sizes(n, lda, ldevec); });
+    return zent_error_code();
+  };
+  EXPECT_EQ(code(0, 3, 3), MATH_MATRIX_ORDER_TOO_SMALL);
+  EXPECT_EQ(code(3, 2, 3), MATH_LDA_VALUE_TOO_SMALL);
+  EXPECT_EQ(code(3, 3, 2), MATH_LDEVEC_VALUE_TOO_SMALL);
+  EXPECT_EQ(code(3, 3, 3), 0);
 }
 
 }  // namespace

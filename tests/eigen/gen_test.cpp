@@ -80,6 +80,43 @@ TYPED_TEST(GeneralEigen, ScaledMatrices) {
   }
 }
 
+// At the ends of the exponent range, where a factor that brings the matrix to 1 need not be a number: the values of a matrix of
+// integers times a power of two. Denormal multiples of integers are exact.
+TYPED_TEST(GeneralEigen, EndsOfTheExponentRange) {
+  using T = TypeParam;
+  using Real = typename TestFixture::Real;
+  const Real least = std::numeric_limits<Real>::denorm_min(), most = std::numeric_limits<Real>::max() / 16;
+  for (Real unit : {least, 64 * least, std::numeric_limits<Real>::min(), most}) {
+    Matrix<T> m(3);  // (4, 1; 3, 2) has the values 5 and 1
+    const int elements[] = {4, 1, 0, 3, 2, 0, 0, 0, -7};
+    for (int i = 0; i < 9; ++i) m.a[i] = element<T>(static_cast<double>(unit) * elements[i], 0);
+    vector<typename TestFixture::C> alone = this->values(m), w(3), v(9);
+    Form<T>::eig(3, m.a.data(), ZENT_VECTORS_USER, v.data(), ZENT_RETURN_USER, w.data(), 0);
+    EXPECT_EQ(zent_error_code(), 0);
+    expect_normalized(3, v.data(), 3);
+    for (auto* list : {&alone, &w}) {
+      for (auto [k, value] : {std::pair{0, -7.0}, {1, 5.0}, {2, 1.0}}) {
+        EXPECT_NEAR((*list)[k].real() / unit, value, 40 * eps<T>) << unit;
+      }
+    }
+  }
+}
+
+// D M inverse of D with rows far apart: balancing finds M again, whose size has nothing to do with that of the matrix.
+TYPED_TEST(GeneralEigen, GradedBeyondTheRangeOfSquares) {
+  using T = TypeParam;
+  const double step = sizeof(typename TestFixture::Real) == 4 ? 12 : 90;
+  const auto m = fill<T>(3, [](long i, long j) { return i == j ? 3 - 2.0 * static_cast<double>(i) : 0.5; });
+  const auto graded = fill<T>(3, [step](long i, long j) {
+    return (i == j ? 3 - 2.0 * static_cast<double>(i) : 0.5) * std::pow(10.0, step * static_cast<double>(i - j));
+  });
+  const auto expected = this->values(m), found = this->values(graded);
+  expect_same_values(found, expected, 100 * eps<T>);
+  vector<typename TestFixture::C> w(3), v(9);
+  EXPECT_NE(Form<T>::eig(3, graded.a.data(), ZENT_VECTORS_USER, v.data(), ZENT_RETURN_USER, w.data(), 0), nullptr);
+  expect_same_values(w, expected, 100 * eps<T>);
+}
+
 TYPED_TEST(GeneralEigen, KnownValues) {
   using T = TypeParam;
   // Rosser: 10 sqrt(10405), 510 +- 100 sqrt(26), 1000 twice, 1020 and 0 among them.
@@ -176,7 +213,16 @@ TYPED_TEST(GeneralEigen, Refusals) {
   EXPECT_EQ(zent_error_code(), MATH_UNKNOWN_OPTION);
   EXPECT_EQ(Form<T>::eig(3, a, ZENT_B_COL_DIM, 3, 0), nullptr);
   EXPECT_EQ(zent_error_code(), MATH_UNKNOWN_OPTION);
-  EXPECT_EQ(Form<T>::eig(3, static_cast<const T*>(nullptr), 0), nullptr);
+  const T* const none = nullptr;
+  EXPECT_EQ(Form<T>::eig(0, none, 12345, 0), nullptr);  // of several faults the first
+  EXPECT_EQ(zent_error_code(), MATH_UNKNOWN_OPTION);
+  EXPECT_EQ(Form<T>::eig(0, none, ZENT_VECTORS_USER, static_cast<C*>(nullptr), 0), nullptr);
+  EXPECT_EQ(zent_error_code(), MATH_REQ_ARGUMENT_IS_NULL);
+  EXPECT_EQ(Form<T>::eig(0, a, ZENT_VECTORS_USER, static_cast<C*>(nullptr), 0), nullptr);
+  EXPECT_EQ(zent_error_code(), MATH_OPTIONAL_ARG_NULL_1);
+  EXPECT_EQ(Form<T>::eig(3, a, ZENT_EVECU_COL_DIM, 2, 0), nullptr);
+  EXPECT_EQ(zent_error_code(), MATH_COL_DIM_LESS_ORDER);
+  EXPECT_EQ(Form<T>::eig(3, none, 0), nullptr);
   EXPECT_EQ(zent_error_code(), MATH_REQ_ARGUMENT_IS_NULL);
   EXPECT_EQ(Form<T>::eig(3, a, ZENT_VECTORS_USER, static_cast<C*>(nullptr), 0), nullptr);
   EXPECT_EQ(zent_error_code(), MATH_OPTIONAL_ARG_NULL_1);

@@ -112,6 +112,21 @@ TYPED_TEST(SymmetricPencil, SolvesTheEquation) {
   }
 }
 
+// Values near 1 of matrices at the ends of the exponent range, where the scale of either matrix overflows a value.
+TYPED_TEST(SymmetricPencil, EndsOfTheExponentRange) {
+  using Real = TypeParam;
+  be_quiet();
+  for (Real unit : {std::numeric_limits<Real>::max() / 2, 64 * std::numeric_limits<Real>::denorm_min()}) {
+    const long n = 20;
+    std::vector<Real> a(n * n, unit), b(n * n), w(n), v(n * n);  // all ones: n, and 0 otherwise
+    for (long i = 0; i < n; ++i) b[i * n + i] = unit;
+    ASSERT_NE(solve(n, a.data(), b.data(), ZENT_RETURN_USER, w.data(), ZENT_VECTORS_USER, v.data()), nullptr);
+    EXPECT_NEAR(w[0], n, 100 * std::numeric_limits<Real>::epsilon());
+    EXPECT_NEAR(w[1], 0, 100 * std::numeric_limits<Real>::epsilon());
+    EXPECT_NEAR(v[0], 1 / std::sqrt(static_cast<double>(n)), 10 * std::numeric_limits<Real>::epsilon());
+  }
+}
+
 TYPED_TEST(SymmetricPencil, BadArguments) {
   using Real = TypeParam;
   be_quiet();

@@ -310,6 +310,22 @@ TYPED_TEST(Symmetric, RangesAndTheirOrder) {
   EXPECT_EQ(count, 3);
   Form<T>::solve(3, zero.data(), ZENT_RANGE, 0.5, 1.0, ZENT_RETURN_NUMBER, &count, ZENT_RETURN_USER, w);
   EXPECT_EQ(count, 0);
+  // Vectors of values that are an end of the range, zero and numbers without a reciprocal among them.
+  const Real tiny = std::numeric_limits<Real>::min() / 4;
+  for (double corner : {0.0, static_cast<double>(tiny), -3.0}) {
+    Matrix<T> small = zero;
+    small[0] = element<T>(corner, 0);
+    small[4] = element<T>(corner == -3.0 ? -3 : 0, 0);
+    for (long n : {1, 3}) {
+      T* v = nullptr;
+      const Real from = static_cast<Real>(std::min(corner, 0.0)), to = static_cast<Real>(std::max(corner, 0.0)) + tiny;
+      Form<T>::solve(n, small.data(), ZENT_RANGE_ADR, &from, &to, ZENT_RETURN_NUMBER, &count, ZENT_RETURN_USER, w, ZENT_VECTORS,
+                     &v);
+      EXPECT_EQ(count, n) << corner;
+      check_vectors(Matrix<T>(small.begin(), small.begin() + n * n), n, w, v, count, count);
+      zent_free_allocated_memory(v);
+    }
+  }
   // Part of a random spectrum, with neighbours on both sides.
   const long n = 60;
   a = make<T>("random", n);
@@ -376,7 +392,7 @@ TYPED_TEST(Symmetric, BadArguments) {
   be_quiet();
   using T = TypeParam;
   Matrix<T> a = make<T>("random", 3);
-  T* v = nullptr;
+  T* v = a.data();
   T* const none = nullptr;
   const auto code = [](const void* result) {
     EXPECT_EQ(result, nullptr);
@@ -387,6 +403,7 @@ TYPED_TEST(Symmetric, BadArguments) {
   EXPECT_EQ(code(Form<T>::solve(3, a.data(), ZENT_B_COL_DIM, 3)), MATH_UNKNOWN_OPTION);
   EXPECT_EQ(code(Form<T>::solve(0, none)), MATH_REQ_ARGUMENT_IS_NULL);
   EXPECT_EQ(code(Form<T>::solve(0, a.data(), ZENT_VECTORS_USER, none)), MATH_OPTIONAL_ARG_NULL_1);
+  EXPECT_EQ(code(Form<T>::solve(3, a.data(), ZENT_VECTORS, static_cast<T**>(nullptr))), MATH_OPTIONAL_ARG_NULL_1);
   EXPECT_EQ(code(Form<T>::solve(0, a.data())), MATH_NEGATIVE_ORDER);
   EXPECT_EQ(code(Form<T>::solve(3, a.data(), ZENT_A_COL_DIM, 2)), MATH_COL_DIM_LESS_ORDER);
   EXPECT_EQ(code(Form<T>::solve(3, a.data(), ZENT_VECTORS_USER, a.data(), ZENT_EVECU_COL_DIM, 2)), MATH_COL_DIM_LESS_ORDER);
