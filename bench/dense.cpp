@@ -6,7 +6,7 @@
 
 #include "zent.h"
 
-#ifdef ZENT_HAVE_OPENBLAS
+#if defined(ZENT_HAVE_LAPACK) && defined(ZENT_HAVE_OPENBLAS)
 #include <lapacke.h>
 extern "C" void openblas_set_num_threads(int);
 #endif
@@ -72,7 +72,7 @@ void cholesky_system(benchmark::State& state) {
   for (auto _ : state) zent_d_lin_sol_posdef(s.n, s.a.data(), s.b.data(), ZENT_RETURN_USER, s.x.data(), 0);
 }
 
-#ifdef ZENT_HAVE_LAPACK
+#if defined(ZENT_HAVE_LAPACK) && defined(ZENT_HAVE_OPENBLAS)
 struct Peer : System {
   std::vector<int> pivots;
   int order, one = 1, info = 0;

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "binding/routines.hpp"
-#include "runtime/envelope.hpp"
+#include "runtime/machine.hpp"
 #include "zent.h"
 
 namespace zent::binding {
@@ -63,18 +63,17 @@ bool valid(const Arguments& a, const char* routine, bool is_double) {
   return true;
 }
 
-// One trap and one message for all elements; the first error ends the loop.
+// One call for each element, so the error of the last is the one that is thrown. Rows that a failing call leaves alone hold
+// not-a-numbers.
 template <class Real, class Record>
-void run(const char* name, Record* (*function)(const Real*, const Record*, long, ...), const Arguments& a) {
-  public_call<Math>(name, [&] {
-    const long n = a.integer(n_orders), count = a.integer(n_elements);
-    const auto* z = a.array<const Record>(argument);
-    auto* out = a.array<Record>(result);
-    for (long k = 0; k < count; ++k) {
-      function(a.array<const Real>(order), z + k, n, ZENT_RETURN_USER, n > 0 ? out + k * n : out, 0);
-      if (inner_failed<Math>()) return;
-    }
-  });
+void run(Record* (*function)(const Real*, const Record*, long, ...), const Arguments& a) {
+  const long n = a.integer(n_orders), count = a.integer(n_elements);
+  const auto* z = a.array<const Record>(argument);
+  auto* out = a.array<Record>(result);
+  for (long k = 0; k < count; ++k) {
+    for (long j = 0; j < n; ++j) out[k * n + j] = {Machine<Real>::not_a_number, Machine<Real>::not_a_number};
+    function(a.array<const Real>(order), z + k, n, ZENT_RETURN_USER, n > 0 ? out + k * n : out, 0);
+  }
 }
 
 }  // namespace
@@ -95,9 +94,9 @@ long mathstat_104(int argc, ORV_VARIABLE** argv, char*) {
   const bool is_double = arguments.precision == ORV_TYP_DCOMPLEX;
   if (!valid(arguments, text, is_double)) return 0;
   if (is_double) {
-    run(text, row->z, arguments);
+    run(row->z, arguments);
   } else {
-    run(text, row->c, arguments);
+    run(row->c, arguments);
   }
   long code;
   cmast_opi_clear_errors(1, &code, arguments.status, 1);

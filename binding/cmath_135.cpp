@@ -5,6 +5,7 @@
 #include "binding/function_table.hpp"
 #include "binding/routines.hpp"
 #include "math/functions/arrays.hpp"
+#include "stat/distributions/arrays.hpp"
 
 namespace zent::binding {
 
@@ -72,7 +73,8 @@ void run(const Arguments& a, void* function, int arrays, long n) {
   const Real* x = a.array<Real>(first);
   const Real* y = a.array<Real>(second);
   const Real* z = a.array<Real>(third);
-  functions::apply(function, arrays, n, x, y, z, a.array<Real>(result));
+  Real* const out = a.array<Real>(result);
+  if (!distributions::apply(function, n, x, y, z, out)) functions::apply(function, arrays, n, x, y, z, out);
 }
 
 }  // namespace
@@ -90,6 +92,10 @@ long mathstat_135(int argc, ORV_VARIABLE** argv, char*) {
   if (row != nullptr) routine.label = row->label;
   Arguments a;
   if (!read_arguments(routine, argc, argv, a)) return 0;
+  if (a.variable[flag]->type == ORV_TYP_STRING) {
+    refuse_135(row->label, "argument FLAG must be a number");
+    return 0;
+  }
   const bool other = flag_is_set(a);
   void* const function = a.is_double() ? (other ? row->other_real : row->real) : (other ? row->other_single : row->single);
   if (function == nullptr) {

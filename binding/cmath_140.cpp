@@ -41,7 +41,7 @@ const char* refusal(const Arguments& arguments) {
   const long ncol = plane ? arguments.integer(columns) : 1;
   if (complex_values && (selector == 1 || selector == 2)) return "FFTCOMP: sine and cosine transforms take real values";
   if (plane && !complex_values) return "FFTCOMP: a transform in two dimensions takes complex values";
-  if (n > 0 && ncol > 0 && (ncol > arguments.count[p] || arguments.count[p] != n * ncol)) {
+  if (n > 0 && ncol > 0 && (n > arguments.count[p] || ncol > arguments.count[p] || arguments.count[p] != n * ncol)) {
     return "FFTCOMP: argument P must have N elements, or N by NCOL";
   }
   const long first = plane ? ncol : n;

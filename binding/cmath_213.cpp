@@ -1,6 +1,5 @@
 // ELRJ: Carlson's elliptic integral of the third kind, element by element.
 #include "binding/routines.hpp"
-#include "runtime/envelope.hpp"
 #include "zent.h"
 
 namespace zent::binding {
@@ -20,15 +19,13 @@ constexpr Position positions[] = {
 };
 static_assert(sizeof positions / sizeof positions[0] == position_count);
 
-// All elements are computed; the first error is the one that is told.
+// One call for each element: a failing one leaves a not-a-number, and the error of the last is the one that is thrown.
 template <class Real>
-void run(const char* name, Real (*function)(Real, Real, Real, Real), const Arguments& a) {
-  public_call<Math>(name, [&] {
-    Real* out = a.array<Real>(result);
-    for (long k = 0; k < a.count[x]; ++k) {
-      out[k] = function(a.array<Real>(x)[k], a.array<Real>(y)[k], a.array<Real>(z)[k], a.array<Real>(rho)[k]);
-    }
-  });
+void run(Real (*function)(Real, Real, Real, Real), const Arguments& a) {
+  Real* out = a.array<Real>(result);
+  for (long k = 0; k < a.count[x]; ++k) {
+    out[k] = function(a.array<Real>(x)[k], a.array<Real>(y)[k], a.array<Real>(z)[k], a.array<Real>(rho)[k]);
+  }
 }
 
 }  // namespace
@@ -47,9 +44,9 @@ long mathstat_213(int argc, ORV_VARIABLE** argv, char*) {
     return 0;
   }
   if (arguments.is_double()) {
-    run("zent_d_elliptic_integral_RJ", zent_d_elliptic_integral_RJ, arguments);
+    run(zent_d_elliptic_integral_RJ, arguments);
   } else {
-    run("zent_f_elliptic_integral_RJ", zent_f_elliptic_integral_RJ, arguments);
+    run(zent_f_elliptic_integral_RJ, arguments);
   }
   long code;
   cmast_opi_clear_errors(1, &code, arguments.status, 1);

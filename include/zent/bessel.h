@@ -47,7 +47,8 @@ ZENT_API float zent_f_airy_Bi_derivative(float x);
 ZENT_API double zent_d_airy_Bi_derivative(double x);
 
 /* Kelvin functions of order 0 and their derivatives: ber x + i bei x = I0(x sqrt(i)), ker x + i kei x = K0(x sqrt(i)).
- * Power series up to 10, modulus and phase beyond it.
+ * Power series up to 5 (ker, kei up to 2), scaled Chebyshev series, modulus and phase beyond.
+ *   result  of ker's derivative -infinity where -1/x overflows
  *   raises  13501 ber, bei and derivatives: |x| > 119 (type 5); 13500 ker, kei and derivatives: x < 0, and x = 0 for ker and its
  *           derivative, which are infinite there (type 5) */
 ZENT_API float zent_f_kelvin_ber0(float x);

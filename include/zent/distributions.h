@@ -79,7 +79,8 @@ ZENT_API double zents_d_F_cdf(double F, double dfn, double dfd);
 ZENT_API float zents_f_F_inverse_cdf(float p, float dfn, float dfd);
 ZENT_API double zents_d_F_inverse_cdf(double p, double dfn, double dfd);
 
-/* The beta distribution with shapes pin and qin. pin <= 0: 11033; qin <= 0: 11034; x <= 0: Note 20415, 0; x >= 1: Note 20416, 1. */
+/* The beta distribution with shapes pin and qin. pin <= 0: 11033; qin <= 0: 11034; x <= 0: Note 20415, 0; x >= 1: Note 20416, 1.
+ */
 ZENT_API float zents_f_beta_cdf(float x, float pin, float qin);
 ZENT_API double zents_d_beta_cdf(double x, double pin, double qin);
 

@@ -27,9 +27,10 @@ extern "C" {
  *   ZENT_PIVOT, long *pvt         n elements: > 0 the column comes first, < 0 last, 0 free. Receives the numbers, from 1, of the
  *                                 columns in the order of the factor
  *   ZENT_RESIDUAL, d **res        new array for b - A x, m elements; ZENT_RESIDUAL_USER, d *res: storage of the caller
- *   ZENT_Q, d **q                 new array for Q, m by q_col_dim, columns beyond m are 0; ZENT_Q_USER, d *q: storage of the
- * caller ZENT_Q_COL_DIM, int           column dimension of Q; default m ZENT_RETURN_USER, d *x        storage of the caller for
- * the solution
+ *   ZENT_Q, d **q                 new array for Q, m by q_col_dim, columns beyond m are 0
+ *   ZENT_Q_USER, d *q             storage of the caller for it
+ *   ZENT_Q_COL_DIM, int           column dimension of Q; default m
+ *   ZENT_RETURN_USER, d *x        storage of the caller for the solution
  *
  * The factor: R on and above the diagonal; below it the reflections I - v v^T / v[0] without the first elements v[0], which stand
  * in qraux, 0 for none.

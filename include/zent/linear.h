@@ -15,7 +15,7 @@ extern "C" {
 /* Solves A x = b for a general n by n matrix by Gaussian elimination with scaled partial pivoting. A solution is always
  * accompanied by an estimate of the condition number (LINPACK's), which warns of a matrix too close to a singular one.
  *
- * a      n by n, only read (but see ZENT_FACTOR_USER); may be null with ZENT_SOLVE_ONLY
+ * a      n by n, only read (but a factor or an inverse may take its place); may be null with ZENT_SOLVE_ONLY without an inverse
  * b      n right-hand sides; may be null with ZENT_FACTOR_ONLY and ZENT_INVERSE_ONLY
  *
  * ZENT_TRANSPOSE                       A' x = b, conjugated in the complex forms
@@ -24,7 +24,7 @@ extern "C" {
  * ZENT_FACTOR_USER, long *pvt, T *factor   the caller's storage for them, or with ZENT_SOLVE_ONLY the factor of an earlier call.
  *     The factor may be `a` itself, which it then replaces, in rows of the larger of both column dimensions.
  * ZENT_FACTOR_ONLY, ZENT_SOLVE_ONLY, ZENT_INVERSE_ONLY   one part of the work only
- * ZENT_INVERSE, T **inva; ZENT_INVERSE_USER, T *inva     the inverse, n by inv_col_dim
+ * ZENT_INVERSE, T **inva; ZENT_INVERSE_USER, T *inva     the inverse, n by inv_col_dim; may be `a` itself
  * ZENT_CONDITION, real *cond           the estimate of the 1-norm condition number; infinity beyond the range of the precision
  * ZENT_RETURN_USER, T *x               the caller's storage for the solution (n)
  *
@@ -73,14 +73,20 @@ ZENT_API double* zent_d_lin_sol_nonnegdef(long n, double* a, double* b, ...);
  *
  * l2trg   fac := LU factor of a. scale: n elements of work. Type 5: 1010, 1011, 1012; type 4: 1004.
  * l2crg   the same with rcond, the reciprocal condition number. wk: n of work. Also type 5: 1015 to 1017; type 3: 1003.
- * lfsrg   x := solution of A x = b (ipath 1) or A' x = b (2) with that factor; b and x may be the same. Type 4: 1004; type 5:
- * 1033. lftds   fac := Cholesky factor of the upper triangle of a, in full: R above, R' below. Type 5: 1010, 1011, 1012; type 4:
- * 1018. lslrt   x := solution of a triangular system, ipath 1 lower, 2 upper, 3 lower transposed, 4 upper transposed; b and x may
- * be the same. Type 5: 1001, 1011, 1034; type 4: 1009. chfac   r := factor of the upper triangle of a nonnegative definite a, the
- * triangle below 0; irank: its rank. Type 5: 1048 tolerance; type 3: 1049. girts   x := solutions of R x = b (ipath 1, 3) or R'x
- * = b (2, 4) for nb right-hand sides, R possibly singular; 3 and 4 also give its generalized inverse in rinv. Type 5: 1052 R not
- * upper triangular; type 3: 1050, 1051. The statistics half's chfac and girts raise type 3, number 1, without a text for these
- * warnings, and 50098 for the tolerance. */
+ * lfsrg   x := solution of A x = b (ipath 1) or A' x = b (2) with that factor; b and x may be the same. Type 4: 1004;
+ *         type 5: 1033.
+ * lftds   fac := Cholesky factor of the upper triangle of a, in full: R above, R' below. Type 5: 1010, 1011, 1012;
+ *         type 4: 1018.
+ * lslrt   x := solution of a triangular system, ipath 1 lower, 2 upper, 3 lower transposed, 4 upper transposed; b and x may
+ *         be the same. Type 5: 1001, 1011, 1034; type 4: 1009.
+ * chfac   r := factor of the upper triangle of a nonnegative definite a, the triangle below 0; irank: its rank.
+ *         Type 5: 601 sizes, 1048 tolerance; type 3: 1049.
+ * girts   x := solutions of R x = b (ipath 1, 3) or R' x = b (2, 4) for nb right-hand sides, R possibly singular; 3 and 4 also
+ *         give its generalized inverse in rinv. Type 5: 601, 602 sizes and ipath, 1052 R not upper triangular; type 3: 1050,
+ *         1051.
+ *
+ * The statistics half's chfac and girts raise type 3, number 1, without a text for these warnings, and 50098 for the tolerance.
+ */
 #define ZENT_DENSE_SUPPORT(p, Real)                                                                                        \
   ZENT_API void zent_##p##l2trg(long n, const Real* a, long lda, Real* fac, long ldfac, long* pvt, Real* scale);           \
   ZENT_API void zent_##p##l2crg(long n, const Real* a, long lda, Real* fac, long ldfac, long* pvt, Real* rcond, Real* wk); \

@@ -49,7 +49,7 @@ struct General {
     }
   }
 
-  // Balances the matrix. Where it was graded over more than the range of squares, only tiny elements may be left.
+  // Balances the matrix. Of one that was graded over more than the range of squares only tiny elements may be left.
   Block balance_matrix(bool scaling) {
     const Block block = l_e9crg(n, h, n, balance, scaling);
     scale = range_scale(largest_part(n, h, n));
@@ -167,6 +167,20 @@ void fill_nan(long rows, long columns, C* v, long ld) {
   }
 }
 
+// Scaling can enlarge the rounding errors of the vectors, above all of matrices that are Hessenberg already (Watkins 2006): where
+// it did, once more without. False after an error.
+template <class T>
+bool values_and_vectors(General<T>& g, const T* a, long ld, kernel::RealOf<T> factor) {
+  using Real = kernel::RealOf<T>;
+  bool wide = false;
+  import_matrix(g.n, a, ld, factor, g.h);
+  if (!g.l_e8crg(true, wide)) return false;
+  if (!wide) return true;
+  import_matrix(g.n, a, ld, factor, g.h);
+  if (!(g.residual(g.h) > 4 * std::sqrt(static_cast<Real>(g.n)) * Machine<Real>::epsilon)) return true;
+  return g.l_e8crg(false, wide);
+}
+
 template <class T>
 ComplexFor<T>* l_eig_gen(long n, const T* a, Options& options) {
   using Real = kernel::RealOf<T>;
@@ -191,19 +205,11 @@ ComplexFor<T>* l_eig_gen(long n, const T* a, Options& options) {
     if (wanted) fill_nan(n, n, vectors, o.vector_row(n));
   } else {
     const Real factor = range_scale(largest);
-    import_matrix(n, a, o.a_col_dim, factor, g.h);
     if (!wanted) {
+      import_matrix(n, a, o.a_col_dim, factor, g.h);
       g.l_e3lrg();
-    } else {
-      bool wide = false;
-      if (!g.l_e8crg(true, wide)) return nullptr;
-      // Scaling can enlarge the rounding errors of the vectors, above all of matrices that are Hessenberg already (Watkins 2006).
-      if (wide) {
-        import_matrix(n, a, o.a_col_dim, factor, g.h);
-        if (g.residual(g.h) > 4 * std::sqrt(static_cast<Real>(n)) * Machine<Real>::epsilon && !g.l_e8crg(false, wide)) {
-          return nullptr;
-        }
-      }
+    } else if (!values_and_vectors(g, a, o.a_col_dim, factor)) {
+      return nullptr;
     }
     g.sort();
     g.export_values(1 / factor, values);

@@ -176,7 +176,7 @@ void normalize_column(long n, C* v) {
   const Real size = modulus(v[at]), norm = std::sqrt(sum);
   const C turn{v[at].re / size / norm, -v[at].im / size / norm};
   const bool real = v[at].im == 0;
-  for (long i = 0; i < n; ++i) v[i] = real ? turn.re * v[i] : turn * v[i];
+  for (long i = 0; i < n; ++i) v[i] = (real ? turn.re * v[i] : turn * v[i]) + C{};  // no zero keeps a minus sign
   v[at].im = 0;
 }
 

@@ -53,9 +53,10 @@ void each(void* function, int arguments, long n, const Real* x, const Real* y, c
     return loop(                                                                                                          \
         PREFIX(name), [](auto a, auto b, auto c, auto& value) { return plain_##name(a, b, c, value); }, n, out, x, y, z); \
   }
-#define ALL                                                                                                            \
-  ONE(erf)                                                                                                             \
-  ONE(erfc) ONE(erf_inverse) ONE(erfc_inverse) ONE(gamma) ONE(log_gamma) TWO(beta) TWO(log_beta) TWO(gamma_incomplete) \
+#define ALL                                                                                                  \
+  ONE(erf)                                                                                                   \
+  ONE(erfc)                                                                                                  \
+  ONE(erf_inverse) ONE(erfc_inverse) ONE(gamma) ONE(log_gamma) TWO(beta) TWO(log_beta) TWO(gamma_incomplete) \
       THREE(beta_incomplete)
 
 }  // namespace

@@ -1,9 +1,10 @@
 // Modified Bessel functions of the orders 0 and 1, plain and exponentially scaled.
 #include "zent/bessel.h"
 
+#include <algorithm>
 #include <cmath>
 
-#include "math/functions/series.hpp"
+#include "math/functions/bessel_parts.hpp"
 
 namespace zent {
 namespace {
@@ -91,7 +92,7 @@ Real l_bessel_exp_K0(Real x) {
   if (x != x) return x;
   if (x <= 0) return refuse_not_positive(x);
   const Real y = x > std::sqrt(4 * Machine<Real>::spacing) ? x * x : 0;
-  return std::exp(x) * (-std::log(x / 2) * near_i<0>(x) - static_cast<Real>(0.25) + series::evaluate<bk0cs>(y / 2 - 1));
+  return std::exp(x) * (-functions::log_of_half(x) * near_i<0>(x) - static_cast<Real>(0.25) + series::evaluate<bk0cs>(y / 2 - 1));
 }
 
 template <class Real>
@@ -107,7 +108,7 @@ Real l_bessel_exp_K1(Real x) {
   }
   const Real y = x > std::sqrt(4 * Machine<Real>::spacing) ? x * x : 0;
   return std::exp(x) *
-         (std::log(x / 2) * (x * near_i<1>(x)) + (static_cast<Real>(0.75) + series::evaluate<bk1cs>(y / 2 - 1)) / x);
+         (functions::log_of_half(x) * (x * near_i<1>(x)) + (static_cast<Real>(0.75) + series::evaluate<bk1cs>(y / 2 - 1)) / x);
 }
 
 // exp(y) times the scaled form, y up to the logarithm of the largest number.

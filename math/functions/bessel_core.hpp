@@ -139,6 +139,26 @@ Complex<Real> l_next_ratio(Real nu, Complex<Real> z, Complex<Real> ratio) {
   return z / (divisor == Complex<Real>{0, 0} ? Complex<Real>{nu * Machine<Real>::spacing, 0} : divisor);
 }
 
+// True where the continued fraction would need about |z| steps: z is great against the order nu and so near the imaginary axis
+// that no solution of the recurrence dies away up to there. The recurrence then runs forward as well as backward, from an order
+// `start` at which Hankel's expansion serves. Each order lets the solutions part by the factor exp(2 Re asinh(nu / z)).
+template <class Real>
+bool l_turns(Real nu, Complex<Real> z, Real size, Real& start) {
+  const Real great = 100, most = 1;
+  if (size < great || 2 * nu > size) return false;
+  Real parted = 0;
+  constexpr int parts = 8;
+  for (int k = 0; k < parts; ++k) {
+    const Real order = nu * (static_cast<Real>(k) + Real(0.5)) / parts;
+    const Complex<Real> w = Complex<Real>{order, 0} / z, root = square_root<Real>(Complex<Real>{1, 0} + w * w);
+    parted += 2 * std::abs(logarithm<Real>(w + root).re) * nu / parts;
+  }
+  if (!(parted < most)) return false;
+  const Real low = std::floor(std::sqrt(2 * size) - 2);
+  start = nu - std::ceil(nu - low);
+  return start >= 0 && start < nu;
+}
+
 // I of order nu + 1 over I of order nu, the start of the backward recurrence.
 template <class Real>
 Complex<Real> l_c4is(Real nu, Complex<Real> z) {
@@ -147,6 +167,14 @@ Complex<Real> l_c4is(Real nu, Complex<Real> z) {
   if (size >= hankel_modulus<Real> && 2 * size >= (nu + 1) * (nu + 1)) {
     const C low = l_hankel<Real>(nu, z);
     return l_hankel<Real>(nu + 1, z) / (low == C{0, 0} ? C{Machine<Real>::spacing, 0} : low);
+  }
+  Real start;
+  if (l_turns<Real>(nu, z, size, start)) {
+    C r = l_c4is<Real>(start, z);
+    for (Real order = start + 1; order <= nu; order += 1) {
+      r = C{1, 0} / (r == C{0, 0} ? C{Machine<Real>::spacing, 0} : r) - (2 * order) * (C{1, 0} / z);
+    }
+    return r;
   }
   // Denominators of the continued fraction until they are so great that what lies beyond does not count.
   const C inverse_z = C{2, 0} / z;

@@ -60,6 +60,12 @@ inline Real scaled_exp(Real scale, Two<Real> a) {
   return scale * factor * std::exp(a.high - step) * std::exp(step);
 }
 
+// log(x / 2) for x > 0, also where the half of x would be rounded away.
+template <class Real>
+inline Real log_of_half(Real x) {
+  return x > 4 * Machine<Real>::smallest ? std::log(x / 2) : std::log(x) - static_cast<Real>(0.693147180559945309417);
+}
+
 template <class Real>
 struct Angle {
   Real cosine, sine;

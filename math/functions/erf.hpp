@@ -211,7 +211,7 @@ inline bool plain_erf_inverse(Real x, Real& value) {
   const Real ax = std::abs(x);
   if (ax <= static_cast<Real>(0.75)) {
     const Real y = ax <= std::sqrt(Machine<Real>::spacing) ? 0 : x * x;
-    value = x + x * series::evaluate<lv_erfics>(32 * y / 9 - 1);
+    value = std::copysign(x + x * series::evaluate<lv_erfics>(32 * y / 9 - 1), x);  // keeps -0
   } else if (ax <= static_cast<Real>(0.9375)) {
     value = x + x * series::evaluate<lv_erfi2cs>((512 * x * x - 369) / 81);
   } else if (x != x) {

@@ -223,7 +223,7 @@ inline Real log_gamma_by_recurrence(Real x) {
   const long n = static_cast<long>(x);
   const Real y = x - static_cast<Real>(n);
   const Real g = y * (y - 1) * series::evaluate<lv_lgamcs>(2 * y - 1);
-  if (n == 1) return g;
+  if (n == 1) return g + 0;  // 0, not -0, at 1
   return n == 0 ? g - std::log(x) : g + std::log(x - 1);
 }
 

@@ -34,6 +34,16 @@ inline Real log_beta_power(Real x, Real z, Real a, Real b, Real log_beta_ab) {
          q * log_near_one((p - xp * sum) / q, xq * sum / q);
 }
 
+// x^a z^b/beta(a, b). A small x takes its power alone: in the exponent its logarithm would lose as many digits as it has.
+template <class Real>
+inline Real beta_power(Real x, Real z, Real a, Real b, Real log_beta_ab) {
+  if (x * (a + b) < static_cast<Real>(1e-3)) {
+    const Real power = std::pow(x, a);
+    if (power >= Machine<Real>::smallest) return power * std::exp(b * std::log1p(-x) - log_beta_ab);
+  }
+  return std::exp(log_beta_power(x, z, a, b, log_beta_ab));
+}
+
 // The infinite sum, with ps in (0, 1]; `lnsml` is the logarithm of the least exponent that counts.
 template <class Real>
 inline Real beta_infinite_sum(Real y, Real log_y, Real p, Real ps, Real log_beta_ps, Real lnsml) {
@@ -102,7 +112,7 @@ inline Real beta_fraction(Real x, Real z, Real a, Real b, Real log_beta_ab) {
     odd = next;
     small = std::abs(change) <= Machine<Real>::spacing * std::abs(value) ? small + 1 : 0;
     if (small == 2) {  // one small change may be a sign change on the way
-      return std::exp(log_beta_power(x, z, a, b, log_beta_ab)) / a * value;
+      return beta_power(x, z, a, b, log_beta_ab) / a * value;
     }
   }
   return Machine<Real>::not_a_number;
@@ -131,17 +141,22 @@ inline Real beta_uniform(Real x, Real a, Real b) {
   return half * area + std::exp(-half * eta * eta * sum) / std::sqrt(static_cast<Real>(6.283185307179586477) * sum) * correction;
 }
 
-// The sums serve near the mean, within this many standard deviations, where the density has one hump and their finite part is not
-// too long; elsewhere the fraction is both shorter and more precise.
-inline constexpr double beta_middle = 0.1, beta_longest_sum = 1e4, beta_uniform_from = 1e12;
+// The sums serve near the mean, within this many standard deviations and up to these parameters. Elsewhere the fraction is more
+// precise: for parameters to 200 it is off by at most 3e-15 where the sums are off by 4e-14, it keeps the relative precision of
+// small values, of which the sums may keep no digit, and beyond 200 the rounding of a long finite part shows. The sums also stand
+// in for a fraction that does not converge, as long as they end in useful time.
+inline constexpr double beta_middle = 0.1, beta_middle_most = 200, beta_longest_sum = 1e4;
+template <class Real>
+inline constexpr Real beta_uniform_from = static_cast<Real>(std::is_same_v<Real, float> ? 1e8 : 1e12);
 
 // True, with the value, where the fraction or the expansion serves.
 template <class Real>
 inline bool beta_tail(Real x, Real a, Real b, Real log_beta_ab, Real& value) {
   const Real sum = a + b;
   const Real distance = x * b - (1 - x) * a;  // (x - mean) (a + b)
-  const Real longest = static_cast<Real>(beta_longest_sum), large = static_cast<Real>(beta_uniform_from);
-  if (a >= 1 && b >= 1 && a <= longest && b <= longest &&
+  const Real longest = static_cast<Real>(beta_longest_sum), large = beta_uniform_from<Real>;
+  const Real most = static_cast<Real>(beta_middle_most);
+  if (a >= 1 && b >= 1 && a <= most && b <= most &&
       distance * distance * (sum + 1) <= static_cast<Real>(beta_middle * beta_middle) * a * b) {
     return false;
   }
@@ -149,61 +164,79 @@ inline bool beta_tail(Real x, Real a, Real b, Real log_beta_ab, Real& value) {
     value = beta_uniform(x, a, b);
     return true;
   }
-  const bool far = distance * distance * (sum + 1) > 4 * a * b;
-  // With a below 1 the fraction converges beyond the mean too, and 1 - x would lose digits of a small x.
-  const bool upper = a < 1 && b >= 1 ? x > (a + 1) / (sum + 2) : distance > 0 && (x > static_cast<Real>(0.01) || far);
+  // With a below 1 the fraction serves beyond the mean too, until its first terms begin to cancel.
+  const bool upper = a < 1 && b >= 1 ? 2 * x > (a + 1) / (sum + 2) : distance > 0;
   value = upper ? beta_fraction(1 - x, x, b, a, log_beta_ab) : beta_fraction(x, 1 - x, a, b, log_beta_ab);
-  if (value != value || value > 1) {
+  const Real rounding = static_cast<Real>(1e-4);  // a value of 1 may come out above it
+  if (!(value <= 1 + rounding)) {
     if (a <= longest && b <= longest) return false;
     value = beta_uniform(x, a, b);  // the sums would not end in useful time
-    value = value < 0 ? 0 : value > 1 ? 1 : value;
+    value = value >= 1 ? 1 : value > 0 ? value : 0;
     return true;
   }
+  if (value > 1) value = 1;
   if (upper) value = 1 - value;
   return true;
 }
 
-// a, b > 0, finite, and 0 <= x <= 1. False where log beta has something to say.
+// The squares of greater parameters could overflow.
 template <class Real>
-inline bool plain_beta_incomplete(Real x, Real a, Real b, Real& value) {
-  const Real xsml = gamma_limits<Real>.xsml, most = static_cast<Real>(1e17);
-  if (!(x >= 0 && x <= 1 && a >= xsml && b >= xsml && a <= most && b <= most)) return false;
-  Real log_beta_pq = 0;
-  if (!plain_log_beta(a, b, log_beta_pq)) return false;
-  if (x == 0 || x == 1) {
-    value = x;
-    return true;
-  }
-  if (beta_tail(x, a, b, log_beta_pq, value)) return true;
+inline const Real beta_most = std::sqrt(Machine<Real>::largest) / 100;
+
+// The sums, for 0 < x < 1. Their error is absolute: where the result is the complement of a sum a small value keeps few digits.
+template <class Real>
+inline bool beta_by_sums(Real x, Real a, Real b, Real log_beta_ab, Real& value) {
   const bool swap = (a < b || x >= static_cast<Real>(0.8)) && x >= static_cast<Real>(0.2);
   const Real y = swap ? 1 - x : x, z = swap ? x : 1 - x;
   const Real p = swap ? b : a, q = swap ? a : b;
   const Real tiny = Machine<Real>::smallest;
   const Real lnsml = static_cast<Real>(0.95) * std::log(tiny);
   if ((p + q) * y / (p + 1) < Machine<Real>::spacing) {
-    const Real t = p * std::log(y > tiny ? y : tiny) - std::log(p) - log_beta_pq;
+    const Real t = p * std::log(y > tiny ? y : tiny) - std::log(p) - log_beta_ab;
     value = t > lnsml && y != 0 ? std::exp(t) : 0;
   } else {
     const Real log_y = std::log(y);
     Real ps = q - std::floor(q);
     if (ps == 0) ps = 1;
-    Real log_beta_ps = log_beta_pq;
+    Real log_beta_ps = log_beta_ab;
     if (ps != q && !plain_log_beta(ps, p, log_beta_ps)) return false;
     value = beta_infinite_sum(y, log_y, p, ps, log_beta_ps, lnsml);
-    if (q > 1) value += beta_finite_sum(y, z, p, q, log_beta_pq, lnsml);
+    if (q > 1) value += beta_finite_sum(y, z, p, q, log_beta_ab, lnsml);
   }
   if (swap) value = 1 - value;
   value = value < 0 ? 0 : value > 1 ? 1 : value;
   return true;
 }
 
-// An infinite or vast parameter puts all the mass at one end, or at a / (a + b).
+// a, b > 0, finite, and 0 <= x <= 1. False where log beta has something to say.
+template <class Real>
+inline bool plain_beta_incomplete(Real x, Real a, Real b, Real& value) {
+  const Real xsml = gamma_limits<Real>.xsml, most = beta_most<Real>;
+  if (!(x >= 0 && x <= 1 && a >= xsml && b >= xsml && a <= most && b <= most)) return false;
+  Real log_beta_ab = 0;
+  if (!plain_log_beta(a, b, log_beta_ab)) return false;
+  if (x == 0 || x == 1) {
+    value = x == 0 ? 0 : 1;
+    return true;
+  }
+  return beta_tail(x, a, b, log_beta_ab, value) || beta_by_sums(x, a, b, log_beta_ab, value);
+}
+
+// For a parameter that is infinite or greater than beta_most. Beside a single one only its product with x, or 1 - x, counts, so
+// both are scaled; otherwise all the mass is at one end, or at a / (a + b).
 template <class Real>
 inline Real beta_incomplete_limit(Real x, Real a, Real b) {
   if (x == 0 || x == 1) return x;
-  const Real infinity = Machine<Real>::infinity;
+  const Real infinity = Machine<Real>::infinity, most = beta_most<Real>;
   if (a == infinity && b == infinity) return Machine<Real>::not_a_number;
   if (a == infinity || b == infinity) return a == infinity ? 0 : 1;
+  if (a <= most || b <= most) {
+    const bool upper = a > most;
+    const Real y = (upper ? 1 - x : x) * ((upper ? a : b) / most);
+    Real value = 1;
+    if (y < 1) plain_beta_incomplete(y, upper ? b : a, most, value);
+    return upper ? 1 - value : value;
+  }
   const Real mean = a / 2 / (a / 2 + b / 2);
   return x < mean ? 0 : x > mean ? 1 : static_cast<Real>(0.5);
 }
@@ -218,7 +251,10 @@ Real l_beta_incomplete(Real x, Real a, Real b) {
   if (outside) raise<Half>(5, MATH_REAL_OUT_OF_RANGE, {.r = {0, 1, shown_x}, .l = {"x"}});
   if (bad) raise<Half>(5, MATH_BETA_NEG_ARG, {.r = {shown_a, shown_b}});
   if (outside || bad) return Machine<Real>::not_a_number;
-  if (a >= static_cast<Real>(1e17) || b >= static_cast<Real>(1e17)) return beta_incomplete_limit(x, a, b);
+  const Real least = a < b ? a : b, greatest = a < b ? b : a;
+  if (greatest > Machine<Real>::largest || (greatest > beta_most<Real> && least >= gamma_limits<Real>.xsml)) {
+    return beta_incomplete_limit(x, a, b);
+  }
   log_beta<Half>(a, b);  // raises what stands in the way
   return Machine<Real>::not_a_number;
 }

@@ -83,6 +83,15 @@ inline Real power_times_exponential(Real a, Real x) {
   return std::exp(a * std::log(x) - x);
 }
 
+// x^a exp(-x) factor, for a factor > 0, in logarithms where the power alone overflows.
+template <class Real>
+inline Real power_times(Real a, Real x, Real factor) {
+  const Real power = power_times_exponential(a, x);
+  if (power <= Machine<Real>::largest) [[likely]]
+    return power * factor;
+  return std::exp(a * std::log(x) - x + std::log(factor));
+}
+
 // The Tricomi form: the lower integral for a, x > 0 as x^a gamma(a) times it. `number` tells what stopped a sum; an infinite
 // value is an overflow.
 template <class Real>
@@ -92,12 +101,11 @@ inline Sum<Real> l_gamit(Real a, Real x) {
     const Sum<Real> sum = l_r9gmit(a, x);
     return {std::pow(x, a) / a * sum.value, sum.number};
   }
-  if (a <= 170 && x <= a + 3) return {power_times_exponential(a, x) / a * lower_sum(a, x), 0};
+  if (a <= 170 && x <= a + 3) return {power_times(a, x, lower_sum(a, x) / a), 0};
   if (a >= x) {
     const Sum<Real> h = l_r9lgit(a, x);
     if (h.number != 0) return h;
-    const Real factor = power_times_exponential(a, x);
-    return {factor / (a * h.value), h.value < std::sqrt(Machine<Real>::epsilon) ? long{MATH_LT_HALF_ACCURATE} : 0L};
+    return {power_times(a, x, 1 / (a * h.value)), h.value < std::sqrt(Machine<Real>::epsilon) ? long{MATH_LT_HALF_ACCURATE} : 0L};
   }
   const GammaLimits<Real>& limits = gamma_limits<Real>;
   if (a < limits.xsml) return {1 / a, 0};  // gamma(a), and what is left above x does not count beside it
@@ -105,7 +113,7 @@ inline Sum<Real> l_gamit(Real a, Real x) {
   if (x > Machine<Real>::largest) return {plain_gamma(a, whole) ? whole : infinity, 0};
   const Sum<Real> tail = l_r9lgic(a, x);
   if (tail.number != 0) return tail;
-  if (plain_gamma(a, whole)) return {whole - power_times_exponential(a, x) * tail.value, 0};
+  if (plain_gamma(a, whole)) return {whole - power_times(a, x, tail.value), 0};
   // gamma(a) overflows; its product with the lower share may not.
   const Real log_whole = log_gamma_by_stirling(a);
   const Real share = 1 - std::exp(a * std::log(x) - x - log_whole) * tail.value;

@@ -114,25 +114,25 @@ inline constexpr Real pi_4 = functions::quarter_pi<Real>.high;
 template <class Real>
 Real ker(Real x) {
   if (x > 2) return recessive<false>(x).re;
-  return -std::log(x / 2) * ber(x) + (pi_4<Real> * bei(x) + powers<lv_kern>(x));
+  return -functions::log_of_half(x) * ber(x) + (pi_4<Real> * bei(x) + powers<lv_kern>(x));
 }
 template <class Real>
 Real kei(Real x) {
   if (x > 2) return recessive<false>(x).im;
   if (x == 0) return -pi_4<Real>;
-  return (x * x * powers<lv_kein>(x) - std::log(x / 2) * bei(x)) - pi_4<Real> * ber(x);
+  return (x * x * powers<lv_kein>(x) - functions::log_of_half(x) * bei(x)) - pi_4<Real> * ber(x);
 }
 template <class Real>
 Real ker_derivative(Real x) {
   if (x > 2) return recessive<true>(x).re;
-  const Real small = x * x * x * powers<lv_kerdn>(x) - std::log(x / 2) * ber_derivative(x);
+  const Real small = x * x * x * powers<lv_kerdn>(x) - functions::log_of_half(x) * ber_derivative(x);
   return (small + pi_4<Real> * bei_derivative(x)) - 1 / x;
 }
 template <class Real>
 Real kei_derivative(Real x) {
   if (x > 2) return recessive<true>(x).im;
   if (x == 0) return 0;
-  return (x * powers<lv_keidn>(x) - std::log(x / 2) * bei_derivative(x)) - pi_4<Real> * ber_derivative(x);
+  return (x * powers<lv_keidn>(x) - functions::log_of_half(x) * bei_derivative(x)) - pi_4<Real> * ber_derivative(x);
 }
 
 // The entire functions: even, with odd derivatives.

@@ -65,15 +65,24 @@ void l_lftqs(long n, const T* a, long lda, long ncoda, T* fac, long ldfac);
 template <class T>
 void l_lfsqs(long n, const T* fac, long ldfac, long ncoda, const T* b, T* x);
 
+// The solution with a factor in rows of n, which is brought into columns a tile at a time. Also 202.
+template <class T>
+void l_lfsqs_rows(long n, const T* fac, long ncoda, const T* b, T* x);
+
+// Columns first to last - 1 of a rows by n array, row-major, become columns of b.
+template <class T>
+void gather_columns(long rows, long n, long first, long last, const T* a, T* b, long ld) {
+  for (long r = 0; r < rows; ++r) {
+    for (long j = first; j < last; ++j) b[(j - first) * ld + r] = a[r * n + j];
+  }
+}
+
 // The rows by n array between row-major and column-major with leading dimension ld, tile by tile.
 template <class T>
 void rows_to_columns(long rows, long n, const T* a, T* b, long ld) {
   constexpr long tile = 32;
   for (long first = 0; first < n; first += tile) {
-    const long last = first + tile < n ? first + tile : n;
-    for (long r = 0; r < rows; ++r) {
-      for (long j = first; j < last; ++j) b[j * ld + r] = a[r * n + j];
-    }
+    gather_columns(rows, n, first, first + tile < n ? first + tile : n, a, b + first * ld, ld);
   }
 }
 template <class T>

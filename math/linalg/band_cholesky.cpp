@@ -126,6 +126,22 @@ long factor_blocks(Window<T> w, const UpperBand<T>& r, T* row) {
   return 0;
 }
 
+// Columns of R behind `before` others, with the unknowns x that belong to them.
+struct SolveForward {
+  template <class T>
+  ZENT_BAND_INLINE static long run(UpperBand<const T> r, T* x, long before) {
+    solve_upper_transposed(r.diagonal(0), r.ld, r.n, r.codiagonals, x, before);
+    return 0;
+  }
+};
+struct SolveBackward {
+  template <class T>
+  ZENT_BAND_INLINE static long run(UpperBand<const T> r, T* x, long before) {
+    solve_upper(r.diagonal(0), r.ld, r.n, r.codiagonals, x, before);
+    return 0;
+  }
+};
+
 struct SolveUpper {  // R^H, then R
   template <class T>
   ZENT_BAND_INLINE static long run(UpperBand<const T> r, T* x) {
@@ -158,22 +174,57 @@ void l_lftqs(long n, const T* a, long lda, long ncoda, T* fac, long ldfac) {
   if (order != 0) raise<Math>(4, MATH_NONPOSITIVE_MATRIX, {.i = {order}});
 }
 
+// False after an error: a diagonal element, `step` apart, that has no safe reciprocal.
+template <class T>
+bool diagonal_divides(long n, const T* diagonal, long step) {
+  for (long j = 0; j < n; ++j) {
+    if (!(abs1(diagonal[j * step]) >= safe_minimum<RealOf<T>>())) {
+      raise<Math>(4, MATH_FACTORED_MATRIX_SINGULAR);
+      return false;
+    }
+  }
+  return true;
+}
+
 template <class T>
 void l_lfsqs(long n, const T* fac, long ldfac, long ncoda, const T* b, T* x) {
   const UpperBand<const T> r = {.data = fac, .ld = ldfac, .n = n, .codiagonals = ncoda};
-  for (long j = 0; j < n; ++j) {
-    if (!(abs1(*r.diagonal(j)) >= safe_minimum<RealOf<T>>())) {
-      raise<Math>(4, MATH_FACTORED_MATRIX_SINGULAR);
-      return;
-    }
-  }
+  if (!diagonal_divides(n, r.diagonal(0), ldfac)) return;
   if (x != b) std::copy_n(b, n, x);
   run_for_processor<SolveUpper>(r, x);
 }
 
-#define ZENT_INSTANTIATE(T)                                       \
-  template void l_lftqs<T>(long, const T*, long, long, T*, long); \
-  template void l_lfsqs<T>(long, const T*, long, long, const T*, T*);
+template <class T>
+void l_lfsqs_rows(long n, const T* fac, long ncoda, const T* b, T* x) {
+  constexpr long tile = 64;
+  if (!diagonal_divides(n, fac + ncoda * n, 1)) return;
+  const long rows = ncoda + 1;
+  long count = 0;
+  T* columns = __builtin_mul_overflow(rows, std::min(tile, n), &count) ? nullptr : scratch<Math, T>(count);
+  if (columns == nullptr) {
+    raise_out_of_memory<Math>({ncoda, n}, {"ncoda", "n"});
+    return;
+  }
+  if (x != b) std::copy_n(b, n, x);
+  const auto load = [&](long first, long last) {
+    gather_columns(rows, n, first, last, fac, columns, rows);
+    return UpperBand<const T>{.data = columns, .ld = rows, .n = last - first, .codiagonals = ncoda};
+  };
+  // Tiles count from the end, so that columns meet in the same fours as without tiles, and the solution is the same.
+  for (long last = (n - 1) % tile + 1; last <= n; last += tile) {
+    const long first = std::max(0L, last - tile);
+    run_for_processor<SolveForward>(load(first, last), x + first, first);
+  }
+  for (long last = n; last > 0; last -= tile) {
+    const long first = std::max(0L, last - tile);
+    run_for_processor<SolveBackward>(load(first, last), x + first, first);
+  }
+}
+
+#define ZENT_INSTANTIATE(T)                                           \
+  template void l_lftqs<T>(long, const T*, long, long, T*, long);     \
+  template void l_lfsqs<T>(long, const T*, long, long, const T*, T*); \
+  template void l_lfsqs_rows<T>(long, const T*, long, const T*, T*);
 ZENT_INSTANTIATE(float)
 ZENT_INSTANTIATE(double)
 ZENT_INSTANTIATE(zent_f_complex)

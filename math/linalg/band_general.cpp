@@ -189,7 +189,7 @@ T* l_lin_sol_gen_band(long n, T* a, long nlca, long nuca, T* b, Options& list) {
   if (estimate) estimate_condition(n, nlca, nuca, norm, options);
   if (fatal()) return nullptr;
   if (!options.solve_only && options.give_factor != nullptr) {
-    *options.give_factor = options.factor;  // before they are kept: a null address must not cost them
+    *options.give_factor = options.factor;  // before they are kept: a bad address must not cost them
     *options.give_pivots = options.pivots;
     keep<Math>(options.factor);
     keep<Math>(options.pivots);

@@ -103,12 +103,13 @@ ZENT_BAND_INLINE T inner_product(long n, const T* __restrict x, const T* __restr
   return sum;
 }
 
-// Substitution with an upper triangular band, column j of it ending with its diagonal at last + j * ld and `upper` codiagonals.
+// Substitution with n columns of an upper triangular band, behind `before` others whose unknowns stand before x. Column j ends
+// with its diagonal at last + j * ld and has `upper` codiagonals.
 // In wide bands columns go by fours where all of them have their full length: one pass over x then serves four.
 template <class T>
-ZENT_BAND_INLINE void solve_upper(const T* last, long ld, long n, long upper, T* x) {
+ZENT_BAND_INLINE void solve_upper(const T* last, long ld, long n, long upper, T* x, long before = 0) {
   long j = n - 1;
-  for (; upper >= 64 && j >= upper + 3; j -= 4) {
+  for (; upper >= 64 && j >= 3 && j + before >= upper + 3; j -= 4) {
     T alpha[4];
     for (int k = 0; k < 4; ++k) {  // columns j, j - 1, j - 2, j - 3
       const T* column = last + (j - k) * ld;
@@ -126,17 +127,17 @@ ZENT_BAND_INLINE void solve_upper(const T* last, long ld, long n, long upper, T*
     const T* column = last + j * ld;
     const T value = x[j] / column[0];
     x[j] = value;
-    const long m = upper < j ? upper : j;
+    const long m = upper < j + before ? upper : j + before;
     add_multiple(m, -value, column - m, x + j - m);
   }
 }
 
 // The same with the conjugate transpose.
 template <class T>
-ZENT_BAND_INLINE void solve_upper_transposed(const T* last, long ld, long n, long upper, T* x) {
+ZENT_BAND_INLINE void solve_upper_transposed(const T* last, long ld, long n, long upper, T* x, long before = 0) {
   for (long j = 0; j < n; ++j) {
     const T* column = last + j * ld;
-    const long m = upper < j ? upper : j;
+    const long m = upper < j + before ? upper : j + before;
     x[j] = (x[j] - inner_product<true>(m, column - m, x + j - m)) / kernel::conj(column[0]);
   }
 }

@@ -134,11 +134,25 @@ bool hand_over_factor(long n, const T* columns, long ncoda, const PosdefOptions<
 }
 
 template <class T>
+T* solve_only(long n, long ncoda, const T* b, const PosdefOptions<T>& options) {
+  T* x = options.x != nullptr ? options.x : result<Math, T>(n);
+  if (x == nullptr) {
+    raise_out_of_memory<Math>({n}, {"n"});
+    return nullptr;
+  }
+  l_lfsqs_rows<T>(n, options.factor, ncoda, b, x);
+  if (fatal()) return nullptr;
+  keep<Math>(x);
+  return x;
+}
+
+template <class T>
 T* l_lin_sol_posdef_band(long n, T* a, long ncoda, T* b, Options& list) {
   const PosdefOptions<T> options = read_options<T>(list);
   if (!arguments_fit(n, a, ncoda, b, options)) return nullptr;
   if (options.factor_only && options.solve_only) return nullptr;
-  if (!options.solve_only && !diagonal_is_real(n, a, ncoda)) return nullptr;
+  if (options.solve_only) return solve_only(n, ncoda, b, options);
+  if (!diagonal_is_real(n, a, ncoda)) return nullptr;
   long count = 0;
   T* columns = __builtin_mul_overflow(ncoda + 1, n, &count) ? nullptr : scratch<Math, T>(count);
   if (columns == nullptr) {
@@ -151,13 +165,13 @@ T* l_lin_sol_posdef_band(long n, T* a, long ncoda, T* b, Options& list) {
     raise_out_of_memory<Math>({n}, {"n"});
     return nullptr;
   }
-  rows_to_columns(ncoda + 1, n, options.solve_only ? options.factor : a, columns, ncoda + 1);
-  const bool estimate = !options.solve_only && (!options.factor_only || options.condition != nullptr);
+  rows_to_columns(ncoda + 1, n, a, columns, ncoda + 1);
+  const bool estimate = !options.factor_only || options.condition != nullptr;
   const RealOf<T> norm = estimate ? l_compute_matrix_1_norm_band_sym(n, a, ncoda) : 0;
-  if (!options.solve_only) l_lftqs<T>(n, columns, ncoda + 1, ncoda, columns, ncoda + 1);
+  l_lftqs<T>(n, columns, ncoda + 1, ncoda, columns, ncoda + 1);
   if (!fatal() && !options.factor_only) l_lfsqs<T>(n, columns, ncoda + 1, ncoda, b, x);
   if (!fatal() && estimate) estimate_condition(n, columns, ncoda, norm, options.condition);
-  if (fatal() || (!options.solve_only && !hand_over_factor(n, columns, ncoda, options))) return nullptr;
+  if (fatal() || !hand_over_factor(n, columns, ncoda, options)) return nullptr;
   if (options.factor_only) return nullptr;
   keep<Math>(x);
   return x;

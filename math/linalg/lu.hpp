@@ -194,7 +194,8 @@ bool factor_lu(long n, T* fac, long ldfac, long* pvt, RealOf<T>* scale) {
 template <class T, bool row_major>
 struct Multipliers {
   using Real = RealOf<T>;
-  static constexpr long block = 32;
+  // Coupled rows are strided in a column-major factor, so narrow blocks, with fewer of them, pay there.
+  static constexpr long block = row_major ? 32 : 16;
   long n;
   const T* fac;
   long ld;

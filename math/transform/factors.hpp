@@ -40,17 +40,18 @@ inline Factors real_factors(long n) {
 
 // Where things stand in a table made for length n. A table keeps at most this many factors; the transforms factor n afresh.
 inline constexpr int kept_factors = 13;
+inline constexpr long longest_table = 1L << 58;  // beyond, no memory could hold one: the length is then -1
 inline constexpr long complex_table_length(long n) {
-  return 4 * n + 15;
+  return n > longest_table ? -1 : 4 * n + 15;
 }
 inline constexpr long real_table_length(long n) {
-  return 2 * n + 15;
+  return n > longest_table ? -1 : 2 * n + 15;
 }
 inline constexpr long sine_table_length(long n) {
-  return (5 * n + 30) / 2;
+  return n > longest_table ? -1 : (5 * n + 30) / 2;
 }
 inline constexpr long cosine_table_length(long n) {
-  return 3 * n + 15;
+  return n > longest_table ? -1 : 3 * n + 15;
 }
 
 // Numbers in a table are kept as reals and read back by rounding.

@@ -26,10 +26,12 @@ Real* l_fft_real(long n, Real* p, Options& list) {
 template <class Real>
 void complex_in_place(long n, Real* c, bool backward) {
   if (!transform(n, c, c, backward)) raise_out_of_memory<Math>({n}, {"n"});
+  end_of_call<Real>();
 }
 template <class Real>
 void real_in_place(long n, Real* r, bool backward) {
   if (!real_transform(n, r, r, backward)) raise_out_of_memory<Math>({n}, {"n"});
+  end_of_call<Real>();
 }
 
 // Scratch memory of a bare call that stands alone is given back at once.

@@ -22,8 +22,8 @@ PlaneOptions<Complex> read_plane_options(long ncol, Options& list) {
       options.backward = true;
     } else if (code == ZENT_PARAMS_2D) {
       // Read for their nulls: the transforms keep prepared roots of their own.
-      not_null(list.pointer<Real>(), "params", "ZENT_PARAMS");
-      not_null(list.pointer<Real>(), "params", "ZENT_PARAMS");
+      not_null(list.pointer<Real>(), "params", "ZENT_PARAMS_2D");
+      not_null(list.pointer<Real>(), "params", "ZENT_PARAMS_2D");
     } else if (code == ZENT_P_COL_DIM || code == ZENT_A_COL_DIM) {
       options.p_col_dim = list.integer();
     } else if (code == ZENT_RETURN_COL_DIM) {
@@ -68,12 +68,15 @@ Complex* l_fft_2d_complex(long nrow, long ncol, Complex* p, Options& list) {
   // Into p itself with another column dimension the rows would overwrite each other before their turn: work on a copy.
   const bool shifted = options.result == p && options.return_col_dim != options.p_col_dim;
   const long stride = options.return_col_dim;
-  const long count = nrow <= (1L << 60) / stride ? nrow * stride : -1;
-  if (options.result == nullptr && count < 0) {
+  const auto fits = [nrow](long dimension) {
+    long bytes = 0;
+    return !__builtin_mul_overflow(nrow, dimension, &bytes) && !__builtin_mul_overflow(bytes, sizeof(Complex), &bytes);
+  };
+  if (!fits(stride) || !fits(options.p_col_dim)) {
     raise_out_of_memory<Math>({nrow}, {"n"});
     return nullptr;
   }
-  return deliver(options.result, nrow * ncol, count, [&](Complex* q) {
+  return deliver(options.result, nrow * ncol, nrow * stride, [&](Complex* q) {
     auto* in = reinterpret_cast<const Real*>(p);
     auto* out = reinterpret_cast<Real*>(q);
     long in_stride = options.p_col_dim;

@@ -1,10 +1,6 @@
 // The tables of the init functions.
-#include <cmath>
-#include <numbers>
-
 #include "math/transform/factors.hpp"
 #include "math/transform/public.hpp"
-#include "math/transform/roots.hpp"
 
 namespace zent::transform {
 
@@ -74,8 +70,7 @@ Real* sine_init(long n) {
   const long length = sine_table_length(n);
   Real* table = new_table<Real>(n, length);
   if (table == nullptr) return nullptr;
-  for (long k = 1; k <= n / 2; ++k) table[k - 1] = static_cast<Real>(2 * root_of_unity(k, 2 * (n + 1)).im);
-  return finished(n, table, fill_real_table(n + 1, table + n / 2, length - n / 2));
+  return finished(n, table, sine_weights(n, table) && fill_real_table(n + 1, table + n / 2, length - n / 2));
 }
 
 template <class Real>
@@ -83,12 +78,7 @@ Real* cosine_init(long n) {
   if (!length_holds(n, 2)) return nullptr;
   Real* table = new_table<Real>(n, cosine_table_length(n));
   if (table == nullptr || n <= 3) return finished(n, table, table != nullptr);
-  for (long k = 2; k <= n / 2; ++k) {
-    const Root root = root_of_unity(k - 1, 2 * (n - 1));
-    table[k - 1] = static_cast<Real>(2 * root.im);
-    table[n - k] = static_cast<Real>(2 * root.re);
-  }
-  return finished(n, table, fill_real_table(n - 1, table + n, 2 * n + 13));
+  return finished(n, table, cosine_weights(n, table) && fill_real_table(n - 1, table + n, 2 * n + 13));
 }
 
 }  // namespace

@@ -1,44 +1,9 @@
 // Sine and cosine transforms, each one real transform of a neighbouring length (Dollimore 1973; Swarztrauber 1982).
-#include <cmath>
-
-#include "math/transform/factors.hpp"
 #include "math/transform/public.hpp"
-#include "math/transform/roots.hpp"
 
 namespace zent::transform {
 
 namespace {
-
-// 2 sin(k pi / (n + 1)) for k = 1..n/2 at [k - 1], as a sine table begins.
-template <class Real>
-const Real* sine_weights(long n) {
-  Real* w = scratch<Math, Real>(n / 2 + 1);
-  Root* memory = scratch<Math, Root>(Roots::storage(2 * (n + 1)));
-  if (w == nullptr || memory == nullptr) return nullptr;
-  const Roots roots(2 * (n + 1), memory);
-  for (long k = 1; k <= n / 2; ++k) {
-    Real pair[2];
-    roots.get(k, pair);
-    w[k - 1] = 2 * pair[1];
-  }
-  return w;
-}
-
-// 2 sin(k pi / (n - 1)) at [k] and 2 cos(k pi / (n - 1)) at [n - 1 - k], as a cosine table begins.
-template <class Real>
-const Real* cosine_weights(long n) {
-  Real* w = scratch_zero<Math, Real>(n);
-  Root* memory = scratch<Math, Root>(Roots::storage(2 * (n - 1)));
-  if (w == nullptr || memory == nullptr) return nullptr;
-  const Roots roots(2 * (n - 1), memory);
-  for (long k = 1; k < n / 2; ++k) {
-    Real pair[2];
-    roots.get(k, pair);
-    w[k] = 2 * pair[1];
-    w[n - 1 - k] = 2 * pair[0];
-  }
-  return w;
-}
 
 // p into q, which may be the same array. Without memory false.
 template <class Real>
@@ -115,12 +80,12 @@ bool cosine_transform(long n, const Real* w, const Real* p, Real* q) {
 
 template <class Real>
 struct Sine {
-  static constexpr auto weights = sine_weights<Real>;
+  static constexpr auto weights = prepared_sine<Real>;
   static constexpr auto run = sine_transform<Real>;
 };
 template <class Real>
 struct Cosine {
-  static constexpr auto weights = cosine_weights<Real>;
+  static constexpr auto weights = prepared_cosine<Real>;
   static constexpr auto run = cosine_transform<Real>;
 };
 
@@ -143,6 +108,7 @@ template <class Kind, class Real>
 void in_place(long n, Real* x, const Real* params) {
   void* const mark = scratch_mark<Math>();
   if (!Kind::run(n, params, x, x)) raise_out_of_memory<Math>({n}, {"n"});
+  end_of_call<Real>();
   if (scratch_mark<Math>() != mark) scratch_release<Math>(mark);
 }
 

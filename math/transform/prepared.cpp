@@ -1,6 +1,8 @@
 // Twiddles, and the store of those that calls without a table of their own share.
 #include "math/transform/prepared.hpp"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <initializer_list>
 
@@ -13,72 +15,90 @@ namespace zent::transform {
 
 namespace {
 
-enum class Kind { none, line, columns, roots, chirp };
+enum class Kind { none, line, columns, roots, chirp, sine, cosine };
 
-// The newest few results for a precision. A transform uses at most seven at a time, so the oldest can always go.
+// The newest results for a precision. Those that the call in progress has asked for stay until it ends: it may hold them.
 struct Entry {
   Kind kind;
   Level level;
   long n, age, bytes;
-  void* data;
+  void* block;  // as allocated
+  void* data;   // aligned
 };
-constexpr int entry_count = 48, held_at_once = 8;
+constexpr int entry_count = 48, kind_count = 7;
 constexpr long most_bytes = 1L << 26;
+constexpr std::size_t alignment = 64;
 
 template <class Real>
 struct Store {
   static inline Entry entries[entry_count];
-  static inline long clock;
+  static inline Entry* recent[kind_count];  // what was asked for last of each kind
+  static inline long clock, settled;        // entries older than `settled` are not in use
+  static inline long bytes;
 };
 
 template <class Real>
 Real* find(Kind kind, long n) {
-  for (Entry& entry : Store<Real>::entries) {
-    if (entry.n != n || entry.kind != kind || entry.level != top_level()) continue;
-    entry.age = ++Store<Real>::clock;
-    return static_cast<Real*>(entry.data);
+  using S = Store<Real>;
+  const auto fits = [kind, n, level = top_level()](const Entry& entry) {
+    return entry.n == n && entry.kind == kind && entry.level == level;
+  };
+  Entry*& recent = S::recent[static_cast<int>(kind)];
+  if (recent == nullptr || !fits(*recent)) {
+    recent = std::find_if(S::entries, S::entries + entry_count, fits);
+    if (recent == S::entries + entry_count) {
+      recent = nullptr;
+      return nullptr;
+    }
   }
-  return nullptr;
+  recent->age = ++S::clock;
+  return static_cast<Real*>(recent->data);
 }
 
+template <class Real>
 void drop(Entry& entry) {
-  std::free(entry.data);
+  Store<Real>::bytes -= entry.bytes;
+  std::free(entry.block);
   entry = {};
 }
 
-// A new entry, its oldest fellows dropped where it takes too much room beside them.
+// The entry that may go first; null when all are in use.
+template <class Real>
+Entry* oldest() {
+  Entry* found = nullptr;
+  for (Entry& entry : Store<Real>::entries) {
+    if (entry.kind == Kind::none || entry.age > Store<Real>::settled) continue;
+    if (found == nullptr || entry.age < found->age) found = &entry;
+  }
+  return found;
+}
+
+// A new entry; older ones go where it takes too much room beside them.
 template <class Real>
 Real* insert(Kind kind, long n, long reals) {
+  using S = Store<Real>;
   const long bytes = reals * static_cast<long>(sizeof(Real));
-  auto& entries = Store<Real>::entries;
-  for (;;) {
-    Entry* oldest = nullptr;
-    Entry* empty = nullptr;
-    long total = bytes;
-    int count = 0;
-    for (Entry& entry : entries) {
-      if (entry.kind == Kind::none) {
-        empty = &entry;
-        continue;
-      }
-      ++count;
-      total += entry.bytes;
-      if (oldest == nullptr || entry.age < oldest->age) oldest = &entry;
-    }
-    if (empty != nullptr && (total <= most_bytes || count < held_at_once)) {
-      void* data = std::aligned_alloc(64, static_cast<std::size_t>((bytes + 63) / 64 * 64));
-      if (data == nullptr) return nullptr;
-      *empty = {kind, top_level(), n, ++Store<Real>::clock, bytes, data};
-      return static_cast<Real*>(data);
-    }
-    drop(*oldest);
+  const auto is_empty = [](const Entry& entry) { return entry.kind == Kind::none; };
+  Entry* place = std::find_if(S::entries, S::entries + entry_count, is_empty);
+  while (place == S::entries + entry_count || S::bytes + bytes > most_bytes) {
+    Entry* const old = oldest<Real>();
+    if (old == nullptr) break;
+    drop<Real>(*old);
+    place = old;
   }
+  if (place == S::entries + entry_count) return nullptr;
+  void* const block = std::malloc(static_cast<std::size_t>(bytes) + alignment - 1);
+  if (block == nullptr) return nullptr;
+  const auto address = (reinterpret_cast<std::uintptr_t>(block) + alignment - 1) / alignment * alignment;
+  *place = {kind, top_level(), n, ++S::clock, bytes, block, reinterpret_cast<void*>(address)};
+  S::bytes += bytes;
+  return static_cast<Real*>(place->data);
 }
 
 template <class Real>
 void forget(Kind kind, long n) {
   for (Entry& entry : Store<Real>::entries) {
-    if (entry.kind == kind && entry.n == n) drop(entry);
+    if (entry.kind == kind && entry.n == n) drop<Real>(entry);
   }
 }
 
@@ -139,6 +159,33 @@ bool real_twiddles(long n, Real* twiddles) {
       for (long i = 1; i <= (ido - 1) / 2; ++i) roots.get(i * j * l1, row + 2 * (i - 1));
     }
     l1 *= radix;
+  }
+  return true;
+}
+
+template <class Real>
+bool sine_weights(long n, Real* w) {
+  Root* memory = root_memory(2 * (n + 1));
+  if (memory == nullptr) return false;
+  const Roots roots(2 * (n + 1), memory);
+  for (long k = 1; k <= n / 2; ++k) {
+    Real pair[2];
+    roots.get(k, pair);
+    w[k - 1] = 2 * pair[1];
+  }
+  return true;
+}
+
+template <class Real>
+bool cosine_weights(long n, Real* w) {
+  Root* memory = root_memory(2 * (n - 1));
+  if (memory == nullptr) return false;
+  const Roots roots(2 * (n - 1), memory);
+  for (long k = 1; k < n / 2; ++k) {
+    Real pair[2];
+    roots.get(k, pair);
+    w[k] = 2 * pair[1];
+    w[n - 1 - k] = 2 * pair[0];
   }
   return true;
 }
@@ -274,6 +321,31 @@ bool prepared_roots(long n, PreparedRoots<Real>& prepared) {
   return true;
 }
 
+namespace {
+
+template <class Real>
+const Real* prepared_weights(Kind kind, long n, bool (*fill)(long, Real*)) {
+  Real* w = find<Real>(kind, n);
+  if (w != nullptr) return w;
+  if (n > longest_table) return nullptr;
+  w = insert<Real>(kind, n, n);
+  if (w == nullptr || fill(n, w)) return w;
+  forget<Real>(kind, n);
+  return nullptr;
+}
+
+}  // namespace
+
+template <class Real>
+const Real* prepared_sine(long n) {
+  return prepared_weights(Kind::sine, n, sine_weights<Real>);
+}
+
+template <class Real>
+const Real* prepared_cosine(long n) {
+  return prepared_weights(Kind::cosine, n, cosine_weights<Real>);
+}
+
 template <class Real>
 bool prepared_chirp(long p, Chirp<Real>& chirp) {
   const long length = convolution_length(2 * p - 1), count = aligned<Real>(2 * p), filter = aligned<Real>(2 * length);
@@ -305,20 +377,28 @@ bool prepared_chirp(long p, Chirp<Real>& chirp) {
 }
 
 template <class Real>
-void drop_large() {
-  for (Entry& entry : Store<Real>::entries) {
-    if (entry.kind != Kind::none && entry.bytes > most_bytes) drop(entry);
+void end_of_call() {
+  using S = Store<Real>;
+  S::settled = S::clock;
+  if (S::bytes <= most_bytes) return;
+  for (Entry& entry : S::entries) {
+    if (entry.bytes > most_bytes) drop<Real>(entry);
   }
+  while (S::bytes > most_bytes) drop<Real>(*oldest<Real>());
 }
 
 #define ZENT_FORM(Real)                                             \
   template bool complex_twiddles<Real>(long n, Real*);              \
   template bool real_twiddles<Real>(long n, Real*);                 \
+  template bool sine_weights<Real>(long n, Real*);                  \
+  template bool cosine_weights<Real>(long n, Real*);                \
+  template const Real* prepared_sine<Real>(long n);                 \
+  template const Real* prepared_cosine<Real>(long n);               \
   template const Prepared<Real>* prepared_line<Real>(long n);       \
   template const Prepared<Real>* prepared_columns<Real>(long n);    \
   template bool prepared_roots<Real>(long n, PreparedRoots<Real>&); \
   template bool prepared_chirp<Real>(long p, Chirp<Real>&);         \
-  template void drop_large<Real>();
+  template void end_of_call<Real>();
 ZENT_FORM(float)
 ZENT_FORM(double)
 #undef ZENT_FORM

@@ -1,4 +1,5 @@
-// What a transform prepares once for a length and keeps for the next call: twiddles, roots, chirps.
+// What a transform prepares once for a length and keeps for the next call: twiddles, roots, chirps. What is handed out here stays
+// until end_of_call.
 #pragma once
 
 #include "math/transform/plan.hpp"
@@ -39,14 +40,25 @@ struct Chirp {
 template <class Real>
 bool prepared_chirp(long p, Chirp<Real>& chirp);
 
-// Gives back what is too large to be kept between calls.
+// What the call has asked for is not in use any more; what is too large to be kept between calls goes.
 template <class Real>
-void drop_large();
+void end_of_call();
 
-// Writes the twiddles of the documented layouts.
+// What a sine and a cosine transform of n numbers multiply by, as their tables begin; null without memory.
+template <class Real>
+const Real* prepared_sine(long n);
+template <class Real>
+const Real* prepared_cosine(long n);
+
+// Write the twiddles and weights of the documented layouts. Sine: 2 sin(k pi / (n + 1)) for k = 1..n/2 at [k - 1]. Cosine, for
+// k = 1..n/2-1: 2 sin(k pi / (n - 1)) at [k] and 2 cos(k pi / (n - 1)) at [n - 1 - k].
 template <class Real>
 bool complex_twiddles(long n, Real* twiddles);
 template <class Real>
 bool real_twiddles(long n, Real* twiddles);
+template <class Real>
+bool sine_weights(long n, Real* w);
+template <class Real>
+bool cosine_weights(long n, Real* w);
 
 }  // namespace zent::transform

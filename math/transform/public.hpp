@@ -71,7 +71,7 @@ Element* deliver(Element* users, long n, long count, Work work) {
     keep<Math>(q);
   }
   using Real = typename RealOfElement<Element>::type;
-  drop_large<Real>();
+  end_of_call<Real>();
   return q;
 }
 

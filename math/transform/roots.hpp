@@ -34,12 +34,14 @@ inline Root root_of_unity(long k, long n) {
 // eleven bits to spare, so the rounded result is right to within one unit in the last place.
 class Roots {
  public:
+  static constexpr long longest = 1L << 60;
   static constexpr long fine_count(long n) {
     long b = 1;
     while (b * b < n) b *= 2;
     return b;
   }
-  static constexpr long storage(long n) {  // roots that `memory` must hold
+  static constexpr long storage(long n) {  // roots that `memory` must hold; below 0: more than there can be
+    if (n > longest) return -1;
     return fine_count(n) + n / fine_count(n) + 1;
   }
 

@@ -68,5 +68,16 @@ TEST(BandAllocation, IsCheckedEverywhere) {
   failing::arm(0);
 }
 
+// A bad address for the pivots that the library would hand over ends in the trap, and nothing is lost.
+TEST(BandAllocation, ABadAddressLosesNothing) {
+  be_quiet();
+  double a[] = {2, 2, 2}, b[] = {1, 1, 1}, *factor = nullptr;
+  zent_find_message(MATH_MAJOR_VIOLATION);
+  const long before = failing::live_blocks();
+  EXPECT_EQ(zent_d_lin_sol_gen_band(3L, a, 0L, 0L, b, ZENT_FACTOR, reinterpret_cast<long**>(64), &factor, 0), nullptr);
+  EXPECT_EQ(zent_error_code(), MATH_MAJOR_VIOLATION);
+  EXPECT_EQ(failing::live_blocks(), before);
+}
+
 }  // namespace
 }  // namespace band_test

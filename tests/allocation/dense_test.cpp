@@ -76,4 +76,24 @@ TEST(Dense, EveryAllocationFailsInTurn) {
   }
 }
 
+// A factor in the place of A, in wider rows: A stays as it was until there is memory for the factorization.
+TEST(Dense, NoMemoryForAFactorInPlace) {
+  be_quiet();
+  using Solver = double* (*)(long, double*, double*, ...);
+  for (const Solver solver : {zent_d_lin_sol_gen, zent_d_lin_sol_posdef}) {
+    double place[15] = {4, 1, 2, 1, 5, 3, 2, 3, 6}, kept[15];
+    long pvt[3];
+    std::memcpy(kept, place, sizeof place);
+    failing::arm(1);
+    if (solver == zent_d_lin_sol_gen) {
+      EXPECT_EQ(solver(3, place, b, ZENT_A_COL_DIM, 3, ZENT_FACTOR_USER, pvt, place, ZENT_FAC_COL_DIM, 5, 0), nullptr);
+    } else {
+      EXPECT_EQ(solver(3, place, b, ZENT_A_COL_DIM, 3, ZENT_FACTOR_USER, place, ZENT_FAC_COL_DIM, 5, 0), nullptr);
+    }
+    EXPECT_TRUE(failing::struck());
+    failing::arm(0);
+    EXPECT_EQ(std::memcmp(place, kept, sizeof place), 0);
+  }
+}
+
 }  // namespace

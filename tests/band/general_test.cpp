@@ -130,7 +130,7 @@ TEST(BandCondition, IsHighamsEstimateOfTheFifthPass) {
           zent_d_lin_sol_gen_band(n, m.a.data(), nlca, nuca, e.data(), ZENT_RETURN_USER, x.data(), ZENT_CONDITION, &cond, 0),
           nullptr);
       for (long i = 0; i < n; ++i) inverse[i * n + j] = x[i];
-      double sum = 0;  // the told limits of the rows, lower codiagonals on both sides
+      double sum = 0;  // the limits of the rows: lower codiagonals on both sides
       for (long r = std::max(0L, nlca - j); r <= std::min(nlca + nuca, nlca + n - 1 - j); ++r) sum += std::abs(m.a[r * n + j]);
       norm = std::max(norm, sum);
     }
@@ -159,7 +159,7 @@ TEST(BandCondition, IsHighamsEstimateOfTheFifthPass) {
 TEST(BandCondition, CornersCountInTheNorm) {
   be_quiet();
   double b[] = {1, 1}, cond = 0, x[2];
-  double a[] = {8, 1, 0, 0};  // diag(8, 1): column sums as told are 0 and 1
+  double a[] = {8, 1, 0, 0};  // diag(8, 1): column sums within these limits are 0 and 1
   ASSERT_NE(zent_d_lin_sol_gen_band(2L, a, 1L, 0L, b, ZENT_CONDITION, &cond, ZENT_RETURN_USER, x, 0), nullptr);
   EXPECT_EQ(cond, 1.0);
   a[3] = 100;  // outside the matrix: in the sum of column 1, but not in the solution

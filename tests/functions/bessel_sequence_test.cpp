@@ -224,4 +224,37 @@ TYPED_TEST(Sequences, Errors) {
   }
 }
 
+// Orders beyond the reach of Hankel's expansion beside a modulus that is far greater: the recurrence must not run through all
+// orders up to the modulus. Values in 40 digits.
+TEST(SequencesInDouble, GreatArguments) {
+  be_quiet();
+  struct Row {
+    double nu, re, im;
+    std::complex<double> j, y;
+  };
+  const Row rows[] = {{449.25,
+                       16384,
+                       0.25,
+                       {0.0041786453997658998687, -0.0011966537901823375793},
+                       {0.0048875641723930742762, 0.0010230239226058199626}},
+                      {1416.25,
+                       1e6,
+                       0.25,
+                       {0.00070888716192657106352, 0.00010237580926156865347},
+                       {-0.00041799995993462994094, 0.00017361957753878699086}},
+                      {14144.25,
+                       1e8,
+                       0.25,
+                       {-0.000015873370343054123295, -0.000019777056608848086785},
+                       {0.000080749488925108249319, -3.8876846898275068659e-6}}};
+  for (const Row& row : rows) {
+    zent_d_complex j, y;
+    zent_z_bessel_Jx(row.nu, {row.re, row.im}, 1, ZENT_RETURN_USER, &j, 0);
+    zent_z_bessel_Yx(row.nu, {row.re, row.im}, 1, ZENT_RETURN_USER, &y, 0);
+    const double bound = 16 * 0x1p-52 * std::hypot(std::abs(row.j), std::abs(row.y));
+    EXPECT_LE(std::abs(std::complex<double>(j.re, j.im) - row.j), bound) << row.nu;
+    EXPECT_LE(std::abs(std::complex<double>(y.re, y.im) - row.y), bound) << row.nu;
+  }
+}
+
 }  // namespace

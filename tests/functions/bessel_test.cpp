@@ -253,6 +253,21 @@ TYPED_TEST(Special, Seams) {
   }
 }
 
+// The smallest numbers have no half: logarithms of x / 2 must not show it.
+TEST(Logarithmic, SmallestNumbers) {
+  be_quiet();
+  const double tiny = std::numeric_limits<double>::denorm_min();
+  const float small = std::numeric_limits<float>::denorm_min();
+  EXPECT_NEAR(zent_d_bessel_exp_K0(tiny), 744.556003437039, 1e-9);
+  EXPECT_NEAR(zent_d_bessel_exp_K0(3 * tiny), 743.457391148371, 1e-9);
+  EXPECT_NEAR(zent_d_kelvin_ker0(tiny), 744.556003437039, 1e-9);
+  EXPECT_NEAR(zent_f_kelvin_ker0(3 * small), 102.29624913, 1e-4);
+  EXPECT_NEAR(zent_d_kelvin_kei0(tiny), -std::acos(-1.0) / 4, 1e-15);
+  EXPECT_NEAR(zent_f_kelvin_kei0(small), -std::acos(-1.0) / 4, 1e-7);
+  EXPECT_EQ(zent_d_kelvin_kei0_derivative(tiny), 0);
+  EXPECT_EQ(zent_d_kelvin_ker0_derivative(tiny), -std::numeric_limits<double>::infinity());
+}
+
 // Wronskians where the reference table has no points: far out, where phases are long.
 TEST(Airy, WronskianFarOut) {
   be_quiet();

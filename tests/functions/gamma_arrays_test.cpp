@@ -5,6 +5,7 @@
 
 #include "math/functions/arrays.hpp"
 #include "math/functions/erf.hpp"
+#include "math/functions/incomplete_beta.hpp"
 #include "math/functions/incomplete_gamma.hpp"
 #include "reference.hpp"
 
@@ -116,6 +117,21 @@ TEST(Twins, SumsAndFractionsOfTheIncompleteGammaFunction) {
     const double upper = power_times_exponential(a, x) * l_r9lgic(a, x).value;
     const double lower = power_times_exponential(a, x) / a * lower_sum(a, x);
     EXPECT_NEAR((lower + upper) / zent_d_gamma(a), 1, 1e-13) << a;
+  }
+}
+
+TEST(Twins, SumsAndFractionsOfTheIncompleteBetaFunction) {
+  using namespace zent::functions;
+  for (double a : {0.5, 1.0, 7.25, 40.0, 199.5}) {
+    for (double b : {0.5, 2.0, 11.0, 60.75, 180.0}) {
+      for (double x = 0.02; x < 1; x += 0.02) {
+        double log_beta = 0, sums = 0, fraction = 0;
+        ASSERT_TRUE(plain_log_beta(a, b, log_beta));
+        ASSERT_TRUE(beta_by_sums(x, a, b, log_beta, sums));
+        if (!beta_tail(x, a, b, log_beta, fraction)) continue;
+        EXPECT_NEAR(sums, fraction, 7e-14) << x << " " << a << " " << b;
+      }
+    }
   }
 }
 

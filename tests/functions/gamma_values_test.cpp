@@ -97,15 +97,57 @@ TEST(Values, IncompleteBetaIsADistribution) {
   }
 }
 
+struct BetaRow {
+  double x, a, b, value;
+};
+TEST(Values, IncompleteBetaFarFromTheOrdinary) {
+  be_quiet();
+  // Values in 50 digits: power series, and the incomplete gamma function or exponential for a parameter beyond 1e16.
+  const BetaRow rows[] = {
+      {3e-9, 2, 1e9, 0.8008517274247114555},  // beyond the mean, where 1 - x has lost digits of x
+      {0.0014, 4500, 3.25e6, 0.79991926815322256629},
+      {6e-14, 0.65, 7e13, 0.99387512557327279},
+      {0.007, 232.5, 36500, 0.94387558252609463062},
+      {1e-9, 0.25, 1.5e9, 0.96658355585804804803},
+      {2.3188240916624002e-4, 1.0520550384201699, 4642.2300692114304, 0.63764324520191185},  // long finite sums
+      {0.0010127522060905776, 3.008709704510621, 3095.465506481914, 0.60489876261954922},
+      {1e-300, 0.001, 2e17, 0.521856809235906973},  // vast parameters
+      {1e-300, 0.5, 1e300, 0.842700792949714869},
+      {1e-200, 2, 1.5e200, 0.442174599628925428},
+      {0x1p-1074, 2.3e-308, 1e16, 1},
+  };
+  for (const BetaRow& row : rows) {
+    const double bound = 2e-15 + 4e-16 * std::sqrt(row.a);
+    EXPECT_NEAR(zent_d_beta_incomplete(row.x, row.a, row.b), row.value, bound) << row.x;
+    EXPECT_NEAR(zents_d_beta_incomplete(row.x, row.a, row.b), row.value, bound) << row.x;
+    EXPECT_EQ(zent_error_code(), 0);
+  }
+  EXPECT_NEAR(zent_f_beta_incomplete(9.8248961e-07F, 0.0924676806F, 1105976.12F), 0.98068698, 1e-6);
+}
+
 TEST(Values, IncompleteGammaApproachesGammaAndStaysFinite) {
   be_quiet();
   EXPECT_NEAR(zent_d_gamma_incomplete(100, 200) / 9.3326215443944152682e155, 1, 1e-13);
   EXPECT_NEAR(zent_d_gamma_incomplete(120, 400) / zent_d_gamma(120), 1, 1e-13);
   EXPECT_NEAR(zent_d_gamma_incomplete(80, 1000) / zent_d_gamma(80), 1, 1e-13);
   EXPECT_NEAR(zent_d_gamma_incomplete(171, 1000) / zent_d_gamma(171), 1, 1e-13);
+  // The power overflows, the value does not.
+  EXPECT_NEAR(zent_d_gamma_incomplete(171.6, 170) / 7.31640939414130015e307, 1, 1e-12);
+  EXPECT_NEAR(zent_d_gamma_incomplete(171.6, 172) / 8.28332434967464829e307, 1, 1e-12);
+  EXPECT_NEAR(zent_d_gamma_incomplete(172, 100) / 5.07352927722749678e298, 1, 1e-12);
+  EXPECT_NEAR(zent_f_gamma_incomplete(35, 36) / 1.73745481359100041e38, 1, 2e-5);
   EXPECT_EQ(zent_d_gamma_incomplete(0.5, std::numeric_limits<double>::infinity()), zent_d_gamma(0.5));
   EXPECT_EQ(zent_d_gamma_incomplete(1, 0), 0);
   EXPECT_EQ(zent_error_code(), 0);
+}
+
+TEST(Values, SignsOfZero) {
+  be_quiet();
+  EXPECT_TRUE(std::signbit(zent_d_erf_inverse(-0.0)));
+  EXPECT_TRUE(std::signbit(zent_f_erf(-0.0F)));
+  EXPECT_FALSE(std::signbit(zent_d_log_gamma(1)));
+  EXPECT_FALSE(std::signbit(zent_d_log_gamma(2)));
+  EXPECT_FALSE(std::signbit(zent_d_beta_incomplete(-0.0, 2, 3)));
 }
 
 TEST(Values, BinomialCoefficients) {

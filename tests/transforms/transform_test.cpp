@@ -166,6 +166,22 @@ TEST_P(Transforms, LongLengthsFindALine) {
   }
 }
 
+// Three large primes one inside the other, at a length whose tables are more than is kept between calls: what the call works with
+// stays until its end.
+TEST(LargePrimes, ManyLargePrimesAtALongLength) {
+  const long n = 2 * 7 * 67 * 71 * 73;
+  std::vector<double> p(static_cast<std::size_t>(n));
+  p[1] = 1;
+  zent_d_fft_real(n, p.data(), ZENT_RETURN_USER, p.data(), 0);
+  double worst = std::abs(p[0] - 1);
+  for (long m = 1; 2 * m < n; ++m) {
+    const double angle = 2 * std::acos(-1.0) * static_cast<double>(m) / static_cast<double>(n);
+    worst = std::max({worst, std::abs(p[static_cast<std::size_t>(2 * m - 1)] - std::cos(angle)),
+                      std::abs(p[static_cast<std::size_t>(2 * m)] + std::sin(angle))});
+  }
+  EXPECT_LT(worst, 1e-13);
+}
+
 template <class R>
 void check_trigonometric(long n) {
   const std::vector<R> p = noise<R>(n);
@@ -331,6 +347,10 @@ TEST(Errors, AreTheDocumentedOnes) {
   EXPECT_EQ(code(), MATH_NEED_NCA_GT_ZERO);
   EXPECT_EQ(zent_z_fft_2d_complex(2, 2, z, ZENT_RETURN_COL_DIM, 1, 0), nullptr);
   EXPECT_EQ(code(), MATH_COL_DIM_LESS_COL);
+  EXPECT_EQ(zent_z_fft_2d_complex(2, 2, z, ZENT_PARAMS_2D, p, nullptr, 0), nullptr);
+  EXPECT_EQ(code(), MATH_OPTIONAL_ARG_NULL_1);
+  EXPECT_EQ(zent_z_fft_2d_complex(2, 2, z, ZENT_PARAMS, 0), nullptr);
+  EXPECT_EQ(code(), MATH_UNKNOWN_OPTION);
   for (const long n : {0L, -3L}) {
     EXPECT_EQ(zent_d_fft_real_init(n), nullptr);
     EXPECT_EQ(code(), MATH_SEQUENCE_LENGTH);
@@ -339,8 +359,32 @@ TEST(Errors, AreTheDocumentedOnes) {
   EXPECT_EQ(code(), MATH_SEQUENCE_LENGTH);
   EXPECT_EQ(zent_z_fft_complex_init(1), nullptr);
   EXPECT_EQ(code(), 0) << "none is needed";
-  EXPECT_EQ(zent_d_fft_real(1L << 60, p, 0), nullptr);
-  EXPECT_EQ(code(), MATH_OUT_OF_MEMORY_1);
+  EXPECT_EQ(p[0], 1);
+}
+
+// Lengths that no memory can hold end at once, also those whose sizes would not fit a long.
+TEST(Errors, LengthsBeyondAllMemory) {
+  be_quiet();
+  double p[8] = {1, 2, 3, 4};
+  auto* z = reinterpret_cast<zent_d_complex*>(p);
+  const auto fails = [](const void* result) {
+    EXPECT_EQ(result, nullptr);
+    EXPECT_EQ(zent_error_code(), MATH_OUT_OF_MEMORY_1);
+  };
+  for (const long n : {1L << 60, 1L << 62, (1L << 62) + 2, std::numeric_limits<long>::max()}) {
+    fails(zent_d_fft_real(n, p, 0));
+    fails(zent_d_fft_real(n, p, ZENT_RETURN_USER, p, 0));
+    fails(zent_z_fft_complex(n, z, 0));
+    fails(zent_z_fft_complex(n, z, ZENT_RETURN_USER, z, 0));
+    fails(zent_d_fft_sine(n, p, ZENT_RETURN_USER, p, 0));
+    fails(zent_d_fft_cosine(n, p, ZENT_RETURN_USER, p, 0));
+    fails(zent_z_fft_2d_complex(n, 4, z, 0));
+    fails(zent_z_fft_2d_complex(n, 4, z, ZENT_RETURN_USER, z, 0));
+    fails(zent_z_fft_complex_init(n));
+    fails(zent_d_fft_real_init(n));
+    fails(zent_d_fft_sine_init(n));
+    fails(zent_d_fft_cosine_init(n));
+  }
   EXPECT_EQ(p[0], 1);
 }
 

@@ -1,0 +1,105 @@
+// ZEROSYS: a zero of a system of equations that the user's function computes.
+#include "binding/callback.hpp"
+#include "binding/routines.hpp"
+
+namespace zent::binding {
+
+namespace {
+
+enum { fcn = 2, unknowns, err_rel, guess, max_evals, jacobian, fnorm, result, position_count };
+
+constexpr Position positions[] = {
+    precision_position,
+    status_position,
+    {"F", Kind::required, Type::text, "name of the user's function: takes N unknowns, returns N values"},
+    {"N", Kind::required, Type::integer, "number of equations and unknowns"},
+    {"ERR_REL", Kind::optional, Type::real, "stopping tolerance of the relative step", ZENT_ERR_REL_ADR, Pass::address},
+    {"XGUESS", Kind::optional, Type::real, "start, N values; default 0", ZENT_XGUESS, Pass::address},
+    {"MAX_EVALS", Kind::optional, Type::integer, "limit of calls, times N + 1 without JACOBIAN; default 200", ZENT_MAX_ITN,
+     Pass::value},
+    {"JACOBIAN", Kind::optional, Type::text, "name of the user's function for the N by N derivatives, a row for each equation"},
+    {"FNORM", Kind::optional, Type::real, "receives the sum of squares of the values at the result", ZENT_FNORM, Pass::address},
+    {"RESULT", Kind::output, Type::real, "the solution, an array of N", ZENT_RETURN_USER, Pass::address},
+};
+static_assert(sizeof positions / sizeof positions[0] == position_count);
+
+ORV_IDENT s_idUserRoutine, s_idUserRoutine_2;
+
+void d_zerosys_fcn(long n, double* x, double* f) {
+  call_vector(s_idUserRoutine, n, x, n, f);
+}
+void f_zerosys_fcn(long n, float* x, float* f) {
+  call_vector(s_idUserRoutine, n, x, n, f);
+}
+void d_zerosys_jac(long n, double* x, double* fjac) {
+  call_vector(s_idUserRoutine_2, n, x, n * n, fjac);
+}
+void f_zerosys_jac(long n, float* x, float* fjac) {
+  call_vector(s_idUserRoutine_2, n, x, n * n, fjac);
+}
+
+// The library trusts the sizes that it is told. A count below 1 is for the library to refuse.
+const char* refusal(const Arguments& arguments) {
+  const long n = arguments.integer(unknowns);
+  if (!arguments.present[result] || arguments.count[result] < n) return "ZEROSYS: argument RESULT must have N elements";
+  if (arguments.present[guess] && arguments.count[guess] < n) return "ZEROSYS: argument XGUESS must have N elements";
+  if (arguments.present[max_evals] && arguments.integer(max_evals) > 0x7FFFFFFF) {
+    return "ZEROSYS: argument MAX_EVALS must be below 2^31";
+  }
+  return nullptr;
+}
+
+Words words_of(const Arguments& arguments) {
+  const bool in_double = arguments.is_double();
+  Words words;
+  if (in_double) {
+    words.add(d_zerosys_fcn);
+  } else {
+    words.add(f_zerosys_fcn);
+  }
+  arguments.add_value(words, unknowns);
+  arguments.add_options(words);
+  if (arguments.present[jacobian]) {
+    if (in_double) {
+      words.option(ZENT_JACOBIAN, d_zerosys_jac);
+    } else {
+      words.option(ZENT_JACOBIAN, f_zerosys_jac);
+    }
+  }
+  words.end();
+  return words;
+}
+
+}  // namespace
+
+const Routine routine_198 = {198, "ZEROSYS", true, position_count, positions};
+
+long mathstat_198(int argc, ORV_VARIABLE** argv, char*) {
+  const long failed = cmast_init("ZEROSYS");
+  if (failed != 0) return failed;
+  Arguments arguments;
+  if (!read_arguments(routine_198, argc, argv, arguments)) return 0;
+  const char* const why = refusal(arguments);
+  if (why != nullptr) {
+    refuse(why);
+    return 0;
+  }
+  const Words words = words_of(arguments);
+  void* const function =
+      arguments.is_double() ? reinterpret_cast<void*>(zent_d_zeros_sys_eqn) : reinterpret_cast<void*>(zent_f_zeros_sys_eqn);
+  // The user's function may come back here with others: the identifiers of the call further out are put back behind it.
+  const ORV_IDENT outer = s_idUserRoutine, outer_2 = s_idUserRoutine_2;
+  const auto put_back = [&] {
+    s_idUserRoutine = outer;
+    s_idUserRoutine_2 = outer_2;
+  };
+  s_idUserRoutine = user_routine(argv[fcn]);
+  if (arguments.present[jacobian]) s_idUserRoutine_2 = user_routine(argv[jacobian]);
+  if (!guarded([&] { words.call<void*>(function); }, put_back)) return 0;
+  put_back();
+  long code;
+  cmast_opi_clear_errors(1, &code, arguments.status, 1);
+  return 0;
+}
+
+}  // namespace zent::binding
