@@ -95,8 +95,8 @@ void list_evaluations() {
       theirs = gsl_solve(p, scale, y);
       their_rest = residual(p, y);
 #endif
-      std::printf("%-21s n %2ld  start x %3.0f  zent %5ld calls, |f| %.1e, code %4ld   gsl %5ld calls, |f| %.1e\n", p.name.c_str(), p.n,
-                  scale, ours, rest, code, theirs, their_rest);
+      std::printf("%-21s n %2ld  start x %3.0f  zent %5ld calls, |f| %.1e, code %4ld   gsl %5ld calls, |f| %.1e\n",
+                  p.name.c_str(), p.n, scale, ours, rest, code, theirs, their_rest);
       sum[0] += ours;
       sum[1] += theirs;
       solved[0] += rest < 1e-7;
@@ -107,8 +107,8 @@ void list_evaluations() {
       }
     }
   }
-  std::printf("all: zent %ld calls, %ld solved; gsl %ld calls, %ld solved; where both solve: %ld and %ld calls\n", sum[0], solved[0],
-              sum[1], solved[1], both[0], both[1]);
+  std::printf("all: zent %ld calls, %ld solved; gsl %ld calls, %ld solved; where both solve: %ld and %ld calls\n", sum[0],
+              solved[0], sum[1], solved[1], both[0], both[1]);
 }
 
 // Time for each call of the function; the functions themselves are short.
@@ -120,8 +120,7 @@ void systems_zent(benchmark::State& state) {
       calls += solve(p, 1, x);
     }
   }
-  state.counters["per_call"] =
-      benchmark::Counter(double(calls), benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  state.counters["per_call"] = benchmark::Counter(double(calls), benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(systems_zent)->Unit(benchmark::kMicrosecond);
 
@@ -134,8 +133,7 @@ void systems_gsl(benchmark::State& state) {
       calls += gsl_solve(p, 1, x);
     }
   }
-  state.counters["per_call"] =
-      benchmark::Counter(double(calls), benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  state.counters["per_call"] = benchmark::Counter(double(calls), benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(systems_gsl)->Unit(benchmark::kMicrosecond);
 #endif

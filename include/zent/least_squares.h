@@ -42,7 +42,7 @@ extern "C" {
  *
  * Errors, type 5: 11001 unknown option; 104, 105 null storage in an option; 150 a or b null; 3089 m or n below 1; 1021, 1022,
  * 1023 column dimension of a, qr, q too small; 1096 factor only and solve only; 1025 factor only without a place for it; 1027,
- * 1028 solve only without factor or kbasis; 200, 1029 no memory. Type 4: 1009 solve only with a zero on the diagonal of R.
+ * 1028 solve only without factor or kbasis; 3093 its kbasis below 0; 200, 1029 no memory. Type 4: 1009 solve only with a zero on the diagonal of R.
  * Method: Householder reflections with column pivoting (Businger and Golub 1965), in blocks. */
 ZENT_API float* zent_f_lin_least_squares_gen(long m, long n, float* a, float* b, ...);
 ZENT_API double* zent_d_lin_least_squares_gen(long m, long n, double* a, double* b, ...);

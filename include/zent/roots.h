@@ -57,10 +57,11 @@ ZENT_API double* zent_d_zeros_sys_eqn(void (*fcn)(long n, double* x, double* f),
  * magnitudes. Zero leading coefficients give entries (infinity, 0) at the front and the warning 7004; trailing ones give zeros at
  * the origin. Returns ndeg zeros, null after an error of type 5.
  * Method: the three-stage algorithm of Jenkins and Traub (1970, SIAM Journal on Numerical Analysis 7; 1970, Numerische Mathematik
- * 14), real pairs by quadratic factors; each zero is sought in the variable that brings it near 1.
+ * 14), real pairs by quadratic factors; each zero is sought in the variable that brings it near 1. A last pass iterates together
+ * the zeros whose residuals are not of the size of rounding yet (Ehrlich 1967; Aberth 1973, Mathematics of Computation 27).
  *
- *   ZENT_COMPANION    (none)   the eigenvalues of the companion matrix instead, by decreasing magnitude. Any degree. coef[ndeg] = 0
- *                              gives not-a-numbers.
+ *   ZENT_COMPANION    (none)   the eigenvalues of the companion matrix instead, by decreasing magnitude; any degree.
+ *                              coef[ndeg] = 0 gives not-a-numbers
  *   ZENT_RETURN_USER  complex* storage for the zeros
  *
  * Errors: 7002 (7006 for complex coefficients) degree below 1, or above 100 (50) without ZENT_COMPANION; 6002 coef null; 103;

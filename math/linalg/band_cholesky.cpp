@@ -142,15 +142,6 @@ struct SolveBackward {
   }
 };
 
-struct SolveUpper {  // R^H, then R
-  template <class T>
-  ZENT_BAND_INLINE static long run(UpperBand<const T> r, T* x) {
-    solve_upper_transposed(r.diagonal(0), r.ld, r.n, r.codiagonals, x);
-    solve_upper(r.diagonal(0), r.ld, r.n, r.codiagonals, x);
-    return 0;
-  }
-};
-
 }  // namespace
 
 template <class T>
@@ -191,7 +182,8 @@ void l_lfsqs(long n, const T* fac, long ldfac, long ncoda, const T* b, T* x) {
   const UpperBand<const T> r = {.data = fac, .ld = ldfac, .n = n, .codiagonals = ncoda};
   if (!diagonal_divides(n, r.diagonal(0), ldfac)) return;
   if (x != b) std::copy_n(b, n, x);
-  run_for_processor<SolveUpper>(r, x);
+  run_for_processor<SolveForward>(r, x, 0L);
+  run_for_processor<SolveBackward>(r, x, 0L);
 }
 
 template <class T>

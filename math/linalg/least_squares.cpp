@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "math/linalg/dense.hpp"
 #include "math/linalg/qr.hpp"
 #include "math/linalg/qr_reflectors.hpp"
 #include "runtime/envelope.hpp"
@@ -168,7 +169,7 @@ bool solve_with_factor(const LeastSquares<Real>& p, Arrays<Real>& w) {
   const bool with_residual = p.residual != nullptr || p.residual_out != nullptr;
   if (!obtain_solution(p, w)) return false;
   const long columns = p.wants_q() ? p.n : std::max(kbasis, 1L);
-  w.qr = scratch<Math, Real>(p.m * columns);
+  w.qr = scratch<Math, Real>(area(p.m, columns));
   Real* const qty = scratch<Math, Real>(p.m);
   Real* const x = scratch_zero<Math, Real>(p.n);
   if (!obtained(w.qr) || !obtained(qty) || !obtained(x)) return false;
@@ -196,10 +197,10 @@ long count_factored(long m, long n, const Real* qr, Real tol) {
 template <class Real>
 bool factor_and_solve(const LeastSquares<Real>& p, Arrays<Real>& w) {
   const long m = p.m, n = p.n;
-  w.qr = scratch<Math, Real>(m * n);
+  w.qr = scratch<Math, Real>(area(m, n));
   w.qraux = p.factor_user ? p.qraux : p.qr_out != nullptr ? result<Math, Real>(n) : scratch<Math, Real>(n);
   w.pvt = p.pvt != nullptr ? p.pvt : scratch_zero<Math, long>(n);
-  Real* const work = scratch<Math, Real>(3 * n);
+  Real* const work = scratch<Math, Real>(area(3, n));
   if (!obtained(w.qr) || !obtained(w.qraux) || !obtained(w.pvt) || !obtained(work)) return false;
   if (!p.factor_only && !obtain_solution(p, w)) return false;
   turn(n, m, p.a, p.a_col_dim, w.qr, m);
@@ -216,8 +217,8 @@ bool factor_and_solve(const LeastSquares<Real>& p, Arrays<Real>& w) {
 template <class Real>
 bool deliver_q(const LeastSquares<Real>& p, const Arrays<Real>& w, Real*& q) {
   const long m = p.m;
-  Real* const columns = scratch<Math, Real>(m * m);
-  q = p.q != nullptr ? p.q : result<Math, Real>(m * p.q_col_dim);
+  Real* const columns = scratch<Math, Real>(area(m, m));
+  q = p.q != nullptr ? p.q : result<Math, Real>(area(m, p.q_col_dim));
   if (columns == nullptr || q == nullptr || !l_l2err<Math>(m, p.n, w.qr, m, w.qraux, columns, m)) {
     raise<Math>(5, MATH_OUT_OF_MEMORY_FOR_Q);
     return false;
@@ -235,7 +236,7 @@ Real* l_lin_least_squares_gen(long m, long n, Real* a, Real* b, Options& options
   if (!(p.solve_only ? solve_with_factor(p, w) : factor_and_solve(p, w))) return nullptr;
   Real* qr = nullptr;
   if (p.qr_out != nullptr && !p.solve_only) {
-    qr = result<Math, Real>(m * p.fac_col_dim);
+    qr = result<Math, Real>(area(m, p.fac_col_dim));
     if (!obtained(qr)) return nullptr;
     clear_columns(m, n, qr, p.fac_col_dim);
   } else if (p.factor_user && !p.solve_only) {

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "math/linalg/dense.hpp"
 #include "math/linalg/svd_bidiagonal.hpp"
 #include "math/linalg/svd_iteration.hpp"
 #include "runtime/envelope.hpp"
@@ -35,7 +36,7 @@ struct Output {
   }
   bool obtain(long rows, long meaningful) {
     if (address != nullptr) {
-      storage = result<Math, T>(rows * col_dim);
+      storage = result<Math, T>(area(rows, col_dim));
       if (storage != nullptr) clear_columns(rows, meaningful, storage, col_dim);
     }
     return !wanted || storage != nullptr;
@@ -145,9 +146,10 @@ struct Workspace {
   long u_ld, v_ld;
 
   bool obtain(long m, long n, bool want_u, bool want_v) {
+    a = scratch<Math, T>(area(m, n));
+    p = scratch<Math, T>(area(std::min(m, n), n));
+    if (a == nullptr || p == nullptr) return false;  // with these the sizes below fit a long
     const long order = std::min(m + 1, n);
-    a = scratch<Math, T>(m * n);
-    p = scratch<Math, T>(std::min(m, n) * n);
     se = scratch<Math, T>(2 * order);
     blocks = scratch<Math, T>(std::max(Bidiagonal<T>::words(m, n), reflector_words<T>(std::max(m, n), order)));
     heads = scratch<Math, Real>(2 * order);
@@ -161,9 +163,8 @@ struct Workspace {
     u = want_u ? scratch<Math, T>(u_ld * order) : nullptr;
     v = want_v ? scratch<Math, T>(v_ld * order) : nullptr;
     coefficients = vectors ? scratch<Math, Real>(RotationBatch<T>::words(order)) : nullptr;
-    return a != nullptr && p != nullptr && se != nullptr && blocks != nullptr && heads != nullptr && values != nullptr &&
-           sums != nullptr && column != nullptr && turned != nullptr && (!want_u || u != nullptr) && (!want_v || v != nullptr) &&
-           (!vectors || coefficients != nullptr);
+    return se != nullptr && blocks != nullptr && heads != nullptr && values != nullptr && sums != nullptr && column != nullptr &&
+           turned != nullptr && (!want_u || u != nullptr) && (!want_v || v != nullptr) && (!vectors || coefficients != nullptr);
   }
 };
 

@@ -96,7 +96,7 @@ struct RotationBatch {
 template <class T>
 struct SingularValues {
   using Real = RealOf<T>;
-  static constexpr long most_steps = 30, late_steps = 29;
+  static constexpr long most_steps = 30, late_steps = 29, patient_steps = 10;
 
   long order;   // number of values here, min(m + 1, n)
   Real *s, *e;  // diagonal and superdiagonal, `order` elements each
@@ -156,7 +156,7 @@ struct SingularValues {
     }
   }
 
-  void step(long l, long hi) const {
+  void step(long l, long hi, long steps) const {
     const Real scale = std::max({std::abs(s[hi]), std::abs(s[hi - 1]), std::abs(e[hi - 1]), std::abs(s[l]), std::abs(e[l])});
     const Real sm = s[hi] / scale, smm1 = s[hi - 1] / scale, emm1 = e[hi - 1] / scale, sl = s[l] / scale, el = e[l] / scale;
     const Real b = ((smm1 + sm) * (smm1 - sm) + emm1 * emm1) / 2;
@@ -167,7 +167,9 @@ struct SingularValues {
       if (b < 0) shift = -shift;
       shift = c / (b + shift);
     }
-    // The minus is this method's own; with a plus fewer steps are needed, with either every value converges.
+    // The minus is this method's own. Where it makes f vanish, as on some matrices of small integers, the steps only go round in
+    // a circle: a value that takes too long gets the plus of the later method.
+    if (steps >= patient_steps) shift = -shift;
     Real f = (sl + sm) * (sl - sm) - shift, g = sl * el;
     batch->open(l, hi);
     for (long k = l; k < hi; ++k) {
@@ -219,7 +221,7 @@ struct SingularValues {
       }
       const long zero = find_zero(l, hi);
       if (zero == l) {
-        step(l + 1, hi);
+        step(l + 1, hi, steps);
         ++steps;
       } else if (zero == hi) {
         clear_last(l + 1, hi);

@@ -70,8 +70,8 @@ template <class Real>
 struct SeriesSums {
   Real long_sum, short_sum;
   SeriesSums(const Real* cheb12, const Real* cheb24, const Real* moments)
-      : long_sum(strand_sum<Real>(25, [&](int k) { return cheb24[k] * moments[k]; })),
-        short_sum(strand_sum<Real>(13, [&](int k) { return cheb12[k] * moments[k]; })) {}
+      : long_sum(strand_sum<Real, 25>([&](int k) { return cheb24[k] * moments[k]; })),
+        short_sum(strand_sum<Real, 13>([&](int k) { return cheb12[k] * moments[k]; })) {}
 };
 
 // A piece [bl, br] that touches the end at which the factor belongs to the moments; `value` is f times the factor of the other

@@ -151,6 +151,23 @@ inline Real strand_sum(int n, Term term) {
   return (s[0] + s[1]) + (s[2] + s[3]);
 }
 
+// The same for a count that is known.
+template <class Real, int n, class Term>
+inline Real strand_sum(Term term) {
+  constexpr int full = n / 4 * 4;
+  Real s0 = 0, s1 = 0, s2 = 0, s3 = 0;
+  for (int j = 0; j < full; j += 4) {
+    s0 += term(j);
+    s1 += term(j + 1);
+    s2 += term(j + 2);
+    s3 += term(j + 3);
+  }
+  if constexpr (n > full) s0 += term(full);
+  if constexpr (n > full + 1) s1 += term(full + 1);
+  if constexpr (n > full + 2) s2 += term(full + 2);
+  return (s0 + s1) + (s2 + s3);
+}
+
 // Sums a Gauss-Kronrod pair over values at the centre and at h times the nodes to either side of it.
 template <int points, class Real>
 inline Estimate<Real> kronrod_sums(Real centre_value, const Real* left, const Real* right, Real h) {
@@ -159,13 +176,13 @@ inline Estimate<Real> kronrod_sums(Real centre_value, const Real* left, const Re
   constexpr bool centre_in_gauss = n % 2 != 0;
   Real sum[n];
   for (int j = 0; j < n; ++j) sum[j] = left[j] + right[j];
-  const Real kronrod = centre_value * T::wgk[n] + strand_sum<Real>(n, [&](int j) { return T::wgk[j] * sum[j]; });
+  const Real kronrod = centre_value * T::wgk[n] + strand_sum<Real, n>([&](int j) { return T::wgk[j] * sum[j]; });
   const Real gauss = (centre_in_gauss ? centre_value * T::wg[T::gauss] : Real(0)) +
-                     strand_sum<Real>(T::gauss, [&](int j) { return T::wg[j] * sum[2 * j + 1]; });
+                     strand_sum<Real, T::gauss>([&](int j) { return T::wg[j] * sum[2 * j + 1]; });
   const Real absolute = T::wgk[n] * std::fabs(centre_value) +
-                        strand_sum<Real>(n, [&](int j) { return T::wgk[j] * (std::fabs(left[j]) + std::fabs(right[j])); });
+                        strand_sum<Real, n>([&](int j) { return T::wgk[j] * (std::fabs(left[j]) + std::fabs(right[j])); });
   const Real mean = kronrod / 2;
-  const Real variation = T::wgk[n] * std::fabs(centre_value - mean) + strand_sum<Real>(n, [&](int j) {
+  const Real variation = T::wgk[n] * std::fabs(centre_value - mean) + strand_sum<Real, n>([&](int j) {
                            return T::wgk[j] * (std::fabs(left[j] - mean) + std::fabs(right[j] - mean));
                          });
   const Real width = std::fabs(h);

@@ -69,7 +69,7 @@ template <class F, class Real = typename F::real>
   const auto reached = [&] { return e.abserr <= tolerance(err_abs, err_rel, e.result); };
 
   v.extend(f, centre, h, T::x1, 5);
-  v.rule = strand_sum<Real>(5, [&](int j) { return T::w10[j] * v.sum[j]; });
+  v.rule = strand_sum<Real, 5>([&](int j) { return T::w10[j] * v.sum[j]; });
   v.extend(f, centre, h, T::x2, 5);
   e = v.apply(T::w21a, 5, T::w21b, h);
   if (reached()) return {e.result, e.abserr, 21, true};

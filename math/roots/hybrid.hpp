@@ -1,5 +1,5 @@
-// Powell's hybrid method: Newton steps within a trust region, bent towards the gradient where they leave it; between Jacobians the
-// QR factors follow the steps by rank-one updates (Powell 1970; Broyden 1965; More, Garbow and Hillstrom 1980).
+// Powell's hybrid method: Newton steps within a trust region, bent towards the gradient where they leave it; between Jacobians
+// the QR factors follow the steps by rank-one updates (Powell 1970; Broyden 1965; More, Garbow and Hillstrom 1980).
 #pragma once
 
 #include <algorithm>
@@ -25,9 +25,7 @@ struct System {
     user_call([&] { with_data != nullptr ? with_data(n, x, f, data) : plain(n, x, f); });
   }
   void differentiate(long n, Real* x, Real* fjac) const {
-    user_call([&] {
-      jacobian_with_data != nullptr ? jacobian_with_data(n, x, fjac, jacobian_data) : jacobian(n, x, fjac);
-    });
+    user_call([&] { jacobian_with_data != nullptr ? jacobian_with_data(n, x, fjac, jacobian_data) : jacobian(n, x, fjac); });
   }
 };
 
@@ -171,7 +169,8 @@ class Hybrid {
     return true;
   }
 
-  // Householder QR of the Jacobian in q: reflectors below the diagonal, R in packed rows, the columns' norms in `work`, Q'f in qtf.
+  // Householder QR of the Jacobian in q: reflectors below the diagonal, R in packed rows, the columns' norms in `work`, Q'f in
+  // qtf.
   void l_n5qnf() {
     for (long i = 0; i < n_; ++i) qtf_[i] = f[i];
     for (long j = 0; j < n_; ++j) work_[j] = norm(n_, q_ + j * n_);

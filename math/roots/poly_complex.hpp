@@ -1,5 +1,5 @@
-// All zeros of a complex polynomial: the three-stage algorithm with linear factors (Jenkins and Traub 1970; 1972, Communications of
-// the ACM 15, algorithm 419).
+// All zeros of a complex polynomial: the three-stage algorithm with linear factors (Jenkins and Traub 1970; 1972, Communications
+// of the ACM 15, algorithm 419).
 #pragma once
 
 #include "math/roots/poly_scale.hpp"

@@ -203,7 +203,8 @@ class RealPolynomial {
         const Real tvv = tv < old_tv ? tv * old_tv : 1, tss = ts < old_ts ? ts * old_ts : 1;
         const bool v_settles = tvv < beta_v, s_settles = tss < beta_s;
         if (v_settles || s_settles) {
-          if (variable_shift(uu, vv, ss, v_settles, s_settles, s_settles && (!v_settles || tss < tvv), beta_v, beta_s)) return true;
+          if (variable_shift(uu, vv, ss, v_settles, s_settles, s_settles && (!v_settles || tss < tvv), beta_v, beta_s))
+            return true;
           divide(n_, p_, qp_, a_rem_, b_rem_);
           kind = l_z7orc();
         }
@@ -258,7 +259,8 @@ class RealPolynomial {
     u_ = u;
     v_ = v;
     for (int j = 0;;) {
-      const Real half = u_ / 2, discriminant = static_cast<Real>(static_cast<W>(half) * static_cast<W>(half) - static_cast<W>(v_));
+      const Real half = u_ / 2,
+                 discriminant = static_cast<Real>(static_cast<W>(half) * static_cast<W>(half) - static_cast<W>(v_));
       const Real root = std::sqrt(std::abs(discriminant)), far = half < 0 ? root - half : -(root + half);
       const bool complex = discriminant < 0;
       const Real im = complex ? root : 0, other = complex ? -half : far, re = complex ? -half : far == 0 ? 0 : v_ / far;
@@ -492,7 +494,7 @@ class RealPolynomial {
     return std::abs(b_[n]) + std::abs(b_[n - 1]) * std::sqrt(std::abs(s));
   }
 
-  W *a_, *b_, *c_;                             // the master copy, leading coefficient first, and work
+  W *a_, *b_, *c_;                              // the master copy, leading coefficient first, and work
   Real *p_, *qp_, *k_, *qk_, *saved_, *start_;  // image, K, their quotients, copies of K
   int* exponent_;
   long left_ = 0, n_ = 0, shift_ = 0, dropped_ = 0;

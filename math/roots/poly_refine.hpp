@@ -1,6 +1,6 @@
 // A last look at all zeros of a polynomial together. Dividing zeros out one by one can lose digits where many of them have like
-// moduli, as on a circle. A zero whose residual in the polynomial given is not of the size of rounding errors is iterated further,
-// by Newton's method with the other zeros divided out implicitly (Ehrlich 1967; Aberth 1973).
+// moduli, as on a circle. A zero whose residual in the polynomial given is not of the size of rounding errors is iterated
+// further, by Newton's method with the other zeros divided out implicitly (Ehrlich 1967; Aberth 1973).
 #pragma once
 
 #include "math/roots/poly_scale.hpp"
@@ -121,8 +121,8 @@ class Refinement {
 
   static constexpr long free = -1;  // partner of a zero that moves on its own
 
-  // What has not converged may have the wrong kind: two real zeros for a pair or the other way round. From here on these zeros move
-  // each on its own in the plane.
+  // What has not converged may have the wrong kind: two real zeros for a pair or the other way round. From here on these zeros
+  // move each on its own in the plane.
   void set_free() {
     W side = W(1e-3);
     for (long k = 0; k < n_; ++k) {

@@ -1,9 +1,9 @@
-// What the real and the complex polynomial solver share: a master copy of the polynomial in a wider type, in which it is deflated,
-// and its image in working precision, in which the next zeros are sought.
+// What the real and the complex polynomial solver share: a master copy of the polynomial in a wider type, in which it is
+// deflated, and its image in working precision, in which the next zeros are sought.
 //
-// The image is taken in the variable y = x / 2^k, where k brings the lower bound of the zeros' moduli near 1, and is scaled so that
-// the constant term is near 1. All coefficients are then at most about 1, whatever the spread of coefficients and zeros, and what
-// underflows to 0 cannot matter near the zeros sought. Both scalings are by powers of two.
+// The image is taken in the variable y = x / 2^k, where k brings the lower bound of the zeros' moduli near 1, and is scaled so
+// that the constant term is near 1. All coefficients are then at most about 1, whatever the spread of coefficients and zeros, and
+// what underflows to 0 cannot matter near the zeros sought. Both scalings are by powers of two.
 #pragma once
 
 #include <algorithm>
@@ -155,8 +155,8 @@ Real cauchy_bound(long n, const Real* modulus) {
   return static_cast<Real>(bound);
 }
 
-// Leading terms of an image that together stay below the square of the rounding error wherever |y| is at most this can be left out:
-// the zeros of least modulus are still zeros of the polynomial.
+// Leading terms of an image that together stay below the square of the rounding error wherever |y| is at most this can be left
+// out: the zeros of least modulus are still zeros of the polynomial.
 inline constexpr int image_radius = 4;
 
 // How many leading coefficients of these moduli that is; the last two always stay.
@@ -172,8 +172,8 @@ long negligible_terms(long n, const Real* modulus) {
   return count;
 }
 
-// The lower bound can lie below the zeros by a factor of 1.5 n. Where the image finds none within its radius, it is taken again with
-// 2^k larger by these factors.
+// The lower bound can lie below the zeros by a factor of 1.5 n. Where the image finds none within its radius, it is taken again
+// with 2^k larger by these factors.
 inline constexpr int last_widening = 8, widening_step = 2;
 
 // The exponent that brings the largest coefficient of the image to 1.
@@ -225,8 +225,8 @@ W discriminant_of(W a, W b, W c) {
   return (b * b - a * c) + (product_rest(b, b) - product_rest(a, c));
 }
 
-// A zero of the image with coefficients at(0 .. n), leading first, where the three stages fail: Laguerre's method in the wide type
-// from z on. False if the residual does not come down to `tolerance` times the sum of the moduli.
+// A zero of the image with coefficients at(0 .. n), leading first, where the three stages fail: Laguerre's method in the wide
+// type from z on. False if the residual does not come down to `tolerance` times the sum of the moduli.
 template <class W, class At>
 bool laguerre(long n, At at, W tolerance, WideComplex<W>& z) {
   const W degree = static_cast<W>(n);
@@ -243,7 +243,8 @@ bool laguerre(long n, At at, W tolerance, WideComplex<W>& z) {
     if (size_of(p) <= tolerance * sum) return true;
     const WideComplex<W> g = d / p, g2 = g * g, q = h / p;
     const WideComplex<W> inner = {g2.re - 2 * q.re, g2.im - 2 * q.im};
-    const WideComplex<W> root = root_of(WideComplex<W>{(degree - 1) * (degree * inner.re - g2.re), (degree - 1) * (degree * inner.im - g2.im)});
+    const WideComplex<W> root =
+        root_of(WideComplex<W>{(degree - 1) * (degree * inner.re - g2.re), (degree - 1) * (degree * inner.im - g2.im)});
     const WideComplex<W> plus = g + root, minus = g - root, divisor = size_of(plus) > size_of(minus) ? plus : minus;
     WideComplex<W> change = WideComplex<W>{degree, 0} / divisor;
     if (step % 10 == 0) change = {change.re / 4, change.im / 2};  // out of a cycle

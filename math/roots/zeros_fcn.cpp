@@ -262,12 +262,12 @@ Real* l_zeros_fcn(Real (*plain)(Real), Options& list) {
 
 }  // namespace zent::roots
 
-#define ZENT_FORM(P, Real)                                                                                                  \
-  extern "C" Real* zent_##P##_zeros_fcn(Real (*fcn)(Real), ...) {                                                           \
-    ZENT_OPTIONS(options, fcn, 1);                                                                                          \
+#define ZENT_FORM(P, Real)                                                                                                    \
+  extern "C" Real* zent_##P##_zeros_fcn(Real (*fcn)(Real), ...) {                                                             \
+    ZENT_OPTIONS(options, fcn, 1);                                                                                            \
     Real* x = zent::public_call<zent::Math>("zent_" #P "_zeros_fcn", [&] { return zent::roots::l_zeros_fcn(fcn, options); }); \
-    ZENT_OPTIONS_END(options);                                                                                              \
-    return x;                                                                                                               \
+    ZENT_OPTIONS_END(options);                                                                                                \
+    return x;                                                                                                                 \
   }
 ZENT_FORM(f, float)
 ZENT_FORM(d, double)

@@ -143,13 +143,13 @@ typename Form<T>::Complex* l_zeros_poly(long ndeg, const T* coef, Options& list)
 
 }  // namespace zent::roots
 
-#define ZENT_FORM(P, T, C)                                                                                                        \
-  extern "C" C* zent_##P##_zeros_poly(long ndeg, T* coef, ...) {                                                                  \
-    ZENT_OPTIONS(options, coef, 2);                                                                                               \
-    C* zeros = zent::public_call<zent::Math>("zent_" #P "_zeros_poly",                                                            \
-                                             [&] { return zent::roots::l_zeros_poly<T>(ndeg, coef, options); });                  \
-    ZENT_OPTIONS_END(options);                                                                                                    \
-    return zeros;                                                                                                                 \
+#define ZENT_FORM(P, T, C)                                                                                       \
+  extern "C" C* zent_##P##_zeros_poly(long ndeg, T* coef, ...) {                                                 \
+    ZENT_OPTIONS(options, coef, 2);                                                                              \
+    C* zeros = zent::public_call<zent::Math>("zent_" #P "_zeros_poly",                                           \
+                                             [&] { return zent::roots::l_zeros_poly<T>(ndeg, coef, options); }); \
+    ZENT_OPTIONS_END(options);                                                                                   \
+    return zeros;                                                                                                \
   }
 ZENT_FORM(f, float, zent_f_complex)
 ZENT_FORM(d, double, zent_d_complex)

@@ -113,13 +113,13 @@ Real* l_zeros_sys_eqn(typename System<Real>::Plain fcn, long n, Options& list) {
 
 }  // namespace zent::roots
 
-#define ZENT_FORM(P, Real)                                                                                              \
-  extern "C" Real* zent_##P##_zeros_sys_eqn(void (*fcn)(long, Real*, Real*), long n, ...) {                             \
-    ZENT_OPTIONS(options, n, 2);                                                                                        \
-    Real* x = zent::public_call<zent::Math>("zent_" #P "_zeros_sys_eqn",                                                \
-                                            [&] { return zent::roots::l_zeros_sys_eqn<Real>(fcn, n, options); });       \
-    ZENT_OPTIONS_END(options);                                                                                          \
-    return x;                                                                                                           \
+#define ZENT_FORM(P, Real)                                                                                        \
+  extern "C" Real* zent_##P##_zeros_sys_eqn(void (*fcn)(long, Real*, Real*), long n, ...) {                       \
+    ZENT_OPTIONS(options, n, 2);                                                                                  \
+    Real* x = zent::public_call<zent::Math>("zent_" #P "_zeros_sys_eqn",                                          \
+                                            [&] { return zent::roots::l_zeros_sys_eqn<Real>(fcn, n, options); }); \
+    ZENT_OPTIONS_END(options);                                                                                    \
+    return x;                                                                                                     \
   }
 ZENT_FORM(f, float)
 ZENT_FORM(d, double)

@@ -26,8 +26,9 @@ inline bool beta_ratio(Real x, Real z, Real a, Real b, Real& value) {
     value = functions::beta_uniform(x, a, b);
     return true;
   }
-  // The fraction is slow close to 1, where a small b may put the lower tail.
-  const bool upper = a < 1 && b >= 1 ? x * (a + b + 2) > a + 1 : x * b > z * a || (b < 1 && z < static_cast<Real>(1e-5));
+  // The fraction is slow close to 1, where a small b may put the lower tail, and likewise a small a the upper one.
+  const Real near = static_cast<Real>(1e-5);
+  const bool upper = a < 1 && b >= 1 ? x * (a + b + 2) > a + 1 : (x * b > z * a && !(a < 1 && x < near)) || (b < 1 && z < near);
   value = upper ? 1 - functions::beta_fraction(z, x, b, a, log_beta_ab) : functions::beta_fraction(x, z, a, b, log_beta_ab);
   if (value >= 0 && value <= 1) return true;
   if (x <= z) return functions::plain_beta_incomplete(x, a, b, value);

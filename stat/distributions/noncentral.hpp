@@ -220,6 +220,7 @@ inline double noncentral_t_by_rule(double t, double df, double delta) {
   const TrapezoidTerm f = {t, df, delta};
   // The narrowest feature of the integrand: the hump of the density, or the step of the area.
   const double sharpest = std::sqrt(2 * df) + (t * delta > 0 ? std::abs(delta) : 0) + 2;
+  if (sharpest > 1000 * std::sqrt(2 * df)) return Machine<double>::not_a_number;  // too many terms
   const double step = 0.65 / sharpest;
   const double peak = find_peak([=](double u) { return f.logarithm(u); }, -50, 5, step), top = f.logarithm(peak);
   double sum = 1;

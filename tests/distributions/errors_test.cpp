@@ -229,8 +229,8 @@ TEST(DistributionErrors, NotANumberComesBackWithoutAMessage) {
 }
 
 // Every combination of wild arguments ends soon, with a probability or with an error and not-a-number.
-const double reals[] = {-30, 0, 5e-324, 1e-17, 0.1, 0.5, 1 - 0x1p-53, 1, 1.5, 65.5, 1e3, 1e8, 0x1p60, 1e300, infinity};
-const long integers[] = {-1, 0, 1, 2, 7, 400, 1001, 2000001, 3000000000L, std::numeric_limits<long>::max()};
+const double reals[] = {-30, 0, 5e-324, 0.1, 0.5, 1 - 0x1p-53, 1, 65.5, 1e3, 1e8, 1e300, infinity};
+const long integers[] = {-1, 0, 1, 2, 7, 400, 2000001, 3000000000L, std::numeric_limits<long>::max()};
 
 template <class T>
 const auto& values_of() {

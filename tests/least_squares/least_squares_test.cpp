@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 #include <limits>
 #include <numeric>
@@ -362,6 +363,10 @@ TEST(LeastSquaresErrors, AreTheNumbersOfTheirCauses) {
   run(MATH_SPECIFY_FACTOR_ONLY, f(3, 2, a, b, ZENT_FACTOR_ONLY, 0));
   run(MATH_BASIS_SOLVE_ONLY, f(3, 2, a, b, ZENT_SOLVE_ONLY, ZENT_FACTOR_USER, aux, qr, 0));
   run(MATH_SPECIFY_SOLVE_ONLY, f(3, 2, a, b, ZENT_SOLVE_ONLY, ZENT_BASIS, 0.0, &kbasis, 0));
+  // Sizes whose product does not fit a long, or fits one only when it has wrapped round.
+  for (const auto& [m, n] : {std::pair{1L << 32, 1L << 32}, std::pair{1L << 62, 4L}, std::pair{1L, LONG_MAX}}) {
+    run(MATH_OUT_OF_MEMORY, f(m, n, a, b, 0));
+  }
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The singular value decomposition: residuals in long double, all four forms, shapes around the block boundaries.
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cstring>
 #include <limits>
 
@@ -145,6 +146,36 @@ TYPED_TEST(Svd, ValuesOfSecondDifferences) {
   }
 }
 
+// Integers whose columns have equal norms: the shift alone would send the iteration round in circles. Every 3 by 2 and 3 by 3
+// matrix of a range; the squares of the values add up to those of the elements.
+TYPED_TEST(Svd, SmallIntegersConverge) {
+  using T = TypeParam;
+  using R = lsq::Real<T>;
+  std::vector<T> steep = {3, 0, 1, 3, 2, 2, 0, 1};
+  R s[3];
+  ASSERT_EQ(svd(4, 2, steep.data(), ZENT_RETURN_USER, s), s);
+  EXPECT_NEAR(s[0], std::sqrt(21.0), 20 * lsq::epsilon<T>());
+  EXPECT_NEAR(s[1], std::sqrt(7.0), 20 * lsq::epsilon<T>());
+  const auto check_all = [&s](long n, int range, long count) {
+    for (long code = 0; code < count; ++code) {
+      T a[9];
+      double trace = 0;
+      long digits = code;
+      for (long k = 0; k < 3 * n; ++k, digits /= 2 * range + 1) {
+        const double value = static_cast<double>(digits % (2 * range + 1) - range);
+        a[k] = T(static_cast<R>(value));
+        trace += value * value;
+      }
+      ASSERT_EQ(svd(3, n, a, ZENT_RETURN_USER, s), s) << n << " " << code;
+      double sum = 0;
+      for (long k = 0; k < n; ++k) sum += static_cast<double>(s[k]) * s[k];
+      ASSERT_NEAR(sum, trace, 40 * lsq::epsilon<T>() * trace) << n << " " << code;
+    }
+  };
+  check_all(2, 2, 15625);
+  check_all(3, 1, 19683);
+}
+
 TYPED_TEST(Svd, OneByOneMovesItsSignToV) {
   using T = TypeParam;
   T a(-3), u, v;
@@ -229,6 +260,10 @@ TEST(SvdErrors, AreTheNumbersOfTheirCauses) {
   run(MATH_COLUMN_DIM_ERROR, zent_d_lin_svd_gen(2, 3, a, ZENT_A_COL_DIM, 2, 0));
   run(MATH_COLUMN_DIM_ERROR, zent_d_lin_svd_gen(2, 3, a, ZENT_U_USER, a, ZENT_U_COL_DIM, 1, 0));
   run(MATH_COLUMN_DIM_ERROR, zent_d_lin_svd_gen(2, 3, a, ZENT_INVERSE_USER, a, ZENT_INV_COL_DIM, 1, 0));
+  // Sizes whose product does not fit a long, or fits one only when it has wrapped round.
+  for (const auto& [m, n] : {std::pair{1L << 32, 1L << 32}, std::pair{1L << 62, 4L}, std::pair{LONG_MAX, 1L}}) {
+    run(MATH_OUT_OF_MEMORY_2, zent_d_lin_svd_gen(m, n, a, ZENT_RETURN_USER, a, 0));
+  }
   double* const s = zent_d_lin_svd_gen(2, 3, a, ZENT_U_COL_DIM, 1, 0);  // not asked for: not tested
   EXPECT_NE(s, nullptr);
   zent_free_allocated_memory(s);

@@ -137,9 +137,9 @@ TYPED_TEST(Zeros, LimitOfEvaluations) {
     Recorded<Real> r = {nothing<Real>, {}};
     long info[2];
     Real x[2];
-    ASSERT_EQ(find(none, ZENT_FCN_W_DATA, record<Real>, &r, number, 10, ZENT_NUM_ROOTS, 2, ZENT_INFO_USER, info, ZENT_RETURN_USER,
-                   x),
-              x);
+    ASSERT_EQ(
+        find(none, ZENT_FCN_W_DATA, record<Real>, &r, number, 10, ZENT_NUM_ROOTS, 2, ZENT_INFO_USER, info, ZENT_RETURN_USER, x),
+        x);
     EXPECT_EQ(zent_error_code(), MATH_NO_CONVERGE_MAX_ITER);
     EXPECT_EQ(zent_error_type(), 3);
     EXPECT_EQ(info[0], 11);
@@ -179,8 +179,12 @@ TYPED_TEST(Zeros, DifficultFunctions) {
   const struct {
     Real (*f)(Real);
     Real guess, zero;
-  } cases[] = {{right_half<Real>, 30, 4}, {right_half<Real>, 0, 4},  {logarithm<Real>, 40, Real(2.718281828459045)},
-               {logarithm<Real>, 0, Real(2.718281828459045)}, {pole<Real>, 3, 10},         {steep<Real>, 1, 2}};
+  } cases[] = {{right_half<Real>, 30, 4},
+               {right_half<Real>, 0, 4},
+               {logarithm<Real>, 40, Real(2.718281828459045)},
+               {logarithm<Real>, 0, Real(2.718281828459045)},
+               {pole<Real>, 3, 10},
+               {steep<Real>, 1, 2}};
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << "guess " << c.guess << " zero " << c.zero);
     Real guess = c.guess, x;

@@ -1,5 +1,5 @@
-// Zeros of polynomials: residuals and the polynomial recovered from its zeros, in all forms; ends of the exponent range, leading and
-// trailing zeros, both routes, errors.
+// Zeros of polynomials: residuals and the polynomial recovered from its zeros, in all forms; ends of the exponent range, leading
+// and trailing zeros, both routes, errors.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -17,14 +17,14 @@ using Wide = std::complex<long double>;
 
 template <class T>
 struct Form;
-#define FORM(P, T, C, R)                                  \
-  template <>                                             \
-  struct Form<T> {                                        \
-    using Complex = C;                                    \
-    using Real = R;                                       \
-    static C* zeros(long n, const T* c, auto... rest) {   \
+#define FORM(P, T, C, R)                                              \
+  template <>                                                         \
+  struct Form<T> {                                                    \
+    using Complex = C;                                                \
+    using Real = R;                                                   \
+    static C* zeros(long n, const T* c, auto... rest) {               \
       return zent_##P##_zeros_poly(n, const_cast<T*>(c), rest..., 0); \
-    }                                                     \
+    }                                                                 \
   };
 FORM(f, float, zent_f_complex, float)
 FORM(d, double, zent_d_complex, double)

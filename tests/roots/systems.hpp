@@ -142,10 +142,8 @@ template <class Real>
 std::vector<Problem<Real>> collection() {
   using Fn = F<Real>;
   std::vector<Problem<Real>> all = {
-      {"rosenbrock", 2, Fn::rosenbrock, {Real(-1.2), 1}},
-      {"powell singular", 4, Fn::powell_singular, {3, -1, 0, 1}},
-      {"powell badly scaled", 2, Fn::powell_badly_scaled, {0, 1}},
-      {"wood", 4, Fn::wood, {-3, -1, -3, -1}},
+      {"rosenbrock", 2, Fn::rosenbrock, {Real(-1.2), 1}},          {"powell singular", 4, Fn::powell_singular, {3, -1, 0, 1}},
+      {"powell badly scaled", 2, Fn::powell_badly_scaled, {0, 1}}, {"wood", 4, Fn::wood, {-3, -1, -3, -1}},
       {"helical valley", 3, Fn::helical_valley, {-1, 0, 0}},
   };
   const auto fill = [](long n, auto value) {

@@ -1,9 +1,10 @@
 // Systems of equations: the collection of test systems from near and far, options, errors, functions that misbehave.
+#include "tests/roots/systems.hpp"
+
 #include <gtest/gtest.h>
 
 #include <limits>
 
-#include "tests/roots/systems.hpp"
 #include "tests/support/quiet.hpp"
 
 namespace {
