@@ -1,6 +1,5 @@
 // ZEROFCN: real zeros of the user's function of one variable.
-#include "binding/callback.hpp"
-#include "binding/routines.hpp"
+#include "binding/optimize_positions.hpp"
 
 namespace zent::binding {
 
@@ -41,9 +40,6 @@ const char* refusal(const Arguments& arguments) {
   if (!arguments.present[result] || arguments.count[result] < n) return "ZEROFCN: argument RESULT must have NUM_ROOTS elements";
   if (arguments.present[info] && arguments.count[info] < n) return "ZEROFCN: argument INFO must have NUM_ROOTS elements";
   if (arguments.present[guess] && arguments.count[guess] < n) return "ZEROFCN: argument XGUESS must have NUM_ROOTS elements";
-  if (n > 0x7FFFFFFF || (arguments.present[max_evals] && arguments.integer(max_evals) > 0x7FFFFFFF)) {
-    return "ZEROFCN: arguments NUM_ROOTS and MAX_EVALS must be below 2^31";
-  }
   return nullptr;
 }
 
@@ -61,6 +57,7 @@ long mathstat_196(int argc, ORV_VARIABLE** argv, char*) {
     refuse(why);
     return 0;
   }
+  if (!fits_option(arguments, num_roots) || !fits_option(arguments, max_evals)) return 0;
   Words words;
   if (arguments.is_double()) {
     words.add(d_zerofcn_fcn);

@@ -1,6 +1,5 @@
 // ZEROSYS: a zero of a system of equations that the user's function computes.
-#include "binding/callback.hpp"
-#include "binding/routines.hpp"
+#include "binding/optimize_positions.hpp"
 
 namespace zent::binding {
 
@@ -43,9 +42,6 @@ const char* refusal(const Arguments& arguments) {
   const long n = arguments.integer(unknowns);
   if (!arguments.present[result] || arguments.count[result] < n) return "ZEROSYS: argument RESULT must have N elements";
   if (arguments.present[guess] && arguments.count[guess] < n) return "ZEROSYS: argument XGUESS must have N elements";
-  if (arguments.present[max_evals] && arguments.integer(max_evals) > 0x7FFFFFFF) {
-    return "ZEROSYS: argument MAX_EVALS must be below 2^31";
-  }
   return nullptr;
 }
 
@@ -84,6 +80,7 @@ long mathstat_198(int argc, ORV_VARIABLE** argv, char*) {
     refuse(why);
     return 0;
   }
+  if (!fits_option(arguments, max_evals)) return 0;
   const Words words = words_of(arguments);
   void* const function =
       arguments.is_double() ? reinterpret_cast<void*>(zent_d_zeros_sys_eqn) : reinterpret_cast<void*>(zent_f_zeros_sys_eqn);

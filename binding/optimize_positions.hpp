@@ -1,4 +1,4 @@
-// What the wrappers of minimization share.
+// What the wrappers of minimization and of root finding share.
 #pragma once
 
 #include <cmath>

@@ -40,6 +40,7 @@
 #include "zent/distributions.h"
 #include "zent/eigen.h"
 #include "zent/linear.h"
+#include "zent/quadrature_stat.h"
 
 #ifdef __cplusplus
 extern "C" {

@@ -2,8 +2,9 @@
  * by convolution, Bluestein 1970). Nothing is normalised.
  *
  * Every transform gives a new array that the caller owns, or the array given with ZENT_RETURN_USER, which may be the input; null
- * after an error. ZENT_PARAMS takes a table made by the init function of the same kind and length; a table of another length is
- * not used. Prepared roots of the lengths in use are kept between calls, so a call without a table is as fast.
+ * after an error. ZENT_PARAMS takes a table made by the init function of the same kind and length; it is never changed. The sine
+ * and cosine transforms read their weights from it. Otherwise roots and weights of the lengths in use are kept between calls, so a
+ * call without a table is as fast.
  *
  * Errors: 103 unknown option; 104 (type 5; "result" or "params", option) null option argument; 6002 null p; 6001 n < 1; 6003,
  * 6004 ncol or nrow < 1; 1024 a column dimension below ncol; 201 no memory. */

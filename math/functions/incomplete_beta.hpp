@@ -112,7 +112,7 @@ inline Real beta_fraction(Real x, Real z, Real a, Real b, Real log_beta_ab) {
     odd = next;
     small = std::abs(change) <= Machine<Real>::spacing * std::abs(value) ? small + 1 : 0;
     if (small == 2) {  // one small change may be a sign change on the way
-      return beta_power(x, z, a, b, log_beta_ab) / a * value;
+      return beta_power(x, z, a, b, log_beta_ab) * (value / a);
     }
   }
   return Machine<Real>::not_a_number;

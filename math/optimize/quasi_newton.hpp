@@ -72,24 +72,21 @@ struct QuasiNewton {
     for (long j = 0; j < n; ++j) r[j * n + j] = record->init_hessian == 1 ? size * xscale[j] : Real(1);
   }
 
-  // The step p, cut to the longest one, and the slope along it. Rounding may leave a factor with which it does not point
-  // downhill: then the Hessian starts anew.
+  // The step p, cut to the longest one, and the slope along it, which might overflow for the whole step. Rounding may leave a
+  // factor with which it does not point downhill: then the Hessian starts anew.
   bool direction() {
     for (int tries = 0; tries < 2; ++tries) {
       l_u10nf(n, r, g, p);
-      slope = row_dot(n, g, p);
       length = scaled_length(n, p, xscale);
-      if (slope < 0 && std::isfinite(slope) && std::isfinite(length)) break;
-      if (tries == 1) return false;
+      if (length > record->max_step && std::isfinite(length)) {
+        fast::scal(n, record->max_step / length, p, 1);
+        length = record->max_step;
+      }
+      slope = row_dot(n, g, p);
+      if (slope < 0 && std::isfinite(slope) && std::isfinite(length)) return true;
       l_u9inf();
     }
-    if (length > record->max_step) {
-      const Real cut = record->max_step / length;
-      fast::scal(n, cut, p, 1);
-      slope *= cut;
-      length = record->max_step;
-    }
-    return true;
+    return false;
   }
 
   void go(Real lambda) {
@@ -216,12 +213,13 @@ struct QuasiNewton {
         return MATH_NO_FURTHER_PROGRESS;
       case Search::out_of_calls:
         return MATH_TOO_MANY_FCN_EVAL;
+      case Search::false_convergence:
+        return MATH_FALSE_CONVERGENCE;
       default:
         break;
     }
     if (relative_step(n, x, x_new, xscale) <= record->step_tol) return MATH_STEP_TOLERANCE;
     if (search == Search::little_change) return MATH_REL_FCN_TOLERANCE;
-    if (search == Search::false_convergence) return MATH_FALSE_CONVERGENCE;
     if (iter >= record->max_itn) return MATH_TOO_MANY_ITN;
     if (nfcn >= record->max_fcn) return MATH_TOO_MANY_FCN_EVAL;
     if (ngrad >= record->max_grad) return MATH_TOO_MANY_GRAD_EVAL;

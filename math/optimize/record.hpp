@@ -69,13 +69,6 @@ class Block {
   Real* next_ = nullptr;
 };
 
-// A repair is a warning (type 6): the call goes on.
-template <class Half>
-bool broken() {
-  const long type = error_state<Half>.type_word[0];
-  return type > 3 && type != 6;
-}
-
 // The longest step allowed, from the start point: 1000 max(|D x|, |D|).
 template <class Real>
 Real default_max_step(long n, const Real* x, const Real* xscale) {

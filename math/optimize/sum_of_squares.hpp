@@ -177,13 +177,7 @@ struct SumOfSquares {
       std::swap(x, x_new);
       std::swap(fvec, fvec_new);
       f2 = f2_new;
-      if (!differentiate()) {  // no way on from here: back to the point before
-        std::swap(x, x_new);
-        std::swap(fvec, fvec_new);
-        f2 = value(x, fvec);
-        differentiate();
-        return MATH_FALSE_CONVERGENCE;
-      }
+      if (!differentiate()) return MATH_FALSE_CONVERGENCE;  // no way on from here
       long_steps = long_step ? long_steps + 1 : 0;
       if (steepness() <= record->grad_tol) return 0;
       const long number = ended(trial, moved, long_steps, quiet);

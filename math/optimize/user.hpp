@@ -1,5 +1,4 @@
-// Functions of the user, plain or with data, and the differences that replace their derivatives. Each call is bracketed, so that
-// errors of library calls which the user makes are delivered to the user.
+// Functions of the user, plain or with data, and the differences that replace their derivatives.
 #pragma once
 
 #include <algorithm>
@@ -10,6 +9,30 @@
 #include "runtime/machine.hpp"
 
 namespace zent::optimize {
+
+// The frame of the solver around a call of the user's function. Errors of library calls inside it are delivered to the user; what
+// they leave in this frame is taken back, so that one which the user has dealt with is not told again as the solver's.
+template <class Half>
+class UserFrame {
+ public:
+  static UserFrame enter() {
+    const Frame* const top = error_state<Half>.top;
+    user_frame<Half>(true);
+    return {top->type, top->number};
+  }
+  void leave() const {
+    ErrorState& state = error_state<Half>;
+    user_frame<Half>(false);
+    state.top->type = type_;
+    state.top->number = state.number_word[0] = number_;
+    state.type_word[0] = type_;
+  }
+
+ private:
+  UserFrame(unsigned char type, long number) : type_(type), number_(number) {}
+  unsigned char type_;
+  long number_;
+};
 
 // f(arguments...), or f(arguments..., data).
 template <class Half, class Result, class... Arguments>
@@ -22,13 +45,13 @@ struct UserFunction {
     return plain != nullptr || with_data != nullptr;
   }
   Result operator()(Arguments... x) const {
-    user_frame<Half>(true);
+    const UserFrame<Half> frame = UserFrame<Half>::enter();
     if constexpr (std::is_void_v<Result>) {
       with_data != nullptr ? with_data(x..., data) : plain(x...);
-      user_frame<Half>(false);
+      frame.leave();
     } else {
       const Result value = with_data != nullptr ? with_data(x..., data) : plain(x...);
-      user_frame<Half>(false);
+      frame.leave();
       return value;
     }
   }

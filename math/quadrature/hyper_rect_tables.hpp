@@ -1,5 +1,5 @@
 // Positive nodes t and weights w of the Gauss-Legendre rules of 2, 4, ..., 256 points, one after the other; that of 2^k points
-// starts at 2^(k-1) - 1. Written by hyper_rect_tables.py.
+// starts at 2^(k-1) - 1. Written by tools/hyper_rect_tables.py.
 #pragma once
 
 namespace zent::hyper_rect {

@@ -59,7 +59,7 @@ template <class Real>
 void check(const System<Real>& system, long n, const SystemOptions<Real>& o) {
   if (system.plain == nullptr && system.with_data == nullptr) raise<Math>(5, MATH_REQ_ARGUMENT_IS_NULL, {.l = {"fcn"}});
   if (n < 1) raise<Math>(5, MATH_NUMBER_EQUN_UNKN_LT_1, {.i = {n}});
-  if (o.err_rel < 0) raise<Math>(5, MATH_ERRREL_LESS_THAN_ZERO, {.r = {static_cast<double>(o.err_rel)}});
+  if (!(o.err_rel >= 0)) raise<Math>(5, MATH_ERRREL_LESS_THAN_ZERO, {.r = {static_cast<double>(o.err_rel)}});
   if (o.max_evals < 1) raise<Math>(5, MATH_ITMAX_LESS_THAN_ZERO, {.i = {o.max_evals}});
 }
 

@@ -135,7 +135,7 @@ namespace {
 // An odd length goes through the complex transform of the same length.
 template <class Real>
 bool odd_real_transform(long n, const Real* in, Real* out, bool backward) {
-  Real* z = scratch_zero<Math, Real>(2 * n);
+  Real* z = n > Roots::longest ? nullptr : scratch_zero<Math, Real>(2 * n);
   if (z == nullptr) return false;
   if (!backward) {
     for (long k = 0; k < n; ++k) z[2 * k] = in[k];

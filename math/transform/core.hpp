@@ -3,8 +3,8 @@
 
 namespace zent::transform {
 
-// out := the transform of the n complex numbers in; the arrays may be the same. `twiddles` is the second half of a complex table,
-// or null for the library's own. False when there is no memory; `out` is then not usable.
+// out := the transform of the n complex numbers in; the arrays may be the same. False when there is no memory; `out` is then as
+// it was, or as far as a transform in place had come.
 template <class Real>
 bool transform(long n, const Real* in, Real* out, bool backward);
 
@@ -12,7 +12,7 @@ bool transform(long n, const Real* in, Real* out, bool backward);
 template <class Real>
 bool transform_columns(long n, long count, const Real* in, long in_stride, Real* out, long out_stride, bool backward);
 
-// The real transform in its packed form, from r into r.
+// The real transform, its spectrum in the packed form; the arrays may be the same.
 template <class Real>
 bool real_transform(long n, const Real* in, Real* out, bool backward);
 

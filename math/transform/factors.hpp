@@ -54,10 +54,4 @@ inline constexpr long cosine_table_length(long n) {
   return n > longest_table ? -1 : 3 * n + 15;
 }
 
-// Numbers in a table are kept as reals and read back by rounding.
-template <class Real>
-long stored_integer(Real value) {
-  return static_cast<long>(value < 0 ? value - Real(0.5) : value + Real(0.5));
-}
-
 }  // namespace zent::transform

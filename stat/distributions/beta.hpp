@@ -26,9 +26,11 @@ inline bool beta_ratio(Real x, Real z, Real a, Real b, Real& value) {
     value = functions::beta_uniform(x, a, b);
     return true;
   }
-  // The fraction is slow close to 1, where a small b may put the lower tail, and likewise a small a the upper one.
+  // The fraction is slow close to 1, where a small b may put the lower tail, and likewise a small a the upper one; not for an a
+  // that takes x to below 1/e there. With a alone below 1 its first terms begin to cancel before x reaches (a + 1)/(a + b + 2).
   const Real near = static_cast<Real>(1e-5);
-  const bool upper = a < 1 && b >= 1 ? x * (a + b + 2) > a + 1 : (x * b > z * a && !(a < 1 && x < near)) || (b < 1 && z < near);
+  const bool upper =
+      a < 1 && b >= 1 ? 2 * x * (a + b + 2) > a + 1 : (x * b > z * a && !(a < 1 && x < near)) || (b < 1 && z < near && z * a < 1);
   value = upper ? 1 - functions::beta_fraction(z, x, b, a, log_beta_ab) : functions::beta_fraction(x, z, a, b, log_beta_ab);
   if (value >= 0 && value <= 1) return true;
   if (x <= z) return functions::plain_beta_incomplete(x, a, b, value);
@@ -111,12 +113,14 @@ inline Share<Real> beta_degenerate(Real p, Real a, Real b) {
 template <class Real>
 Share<Real> beta_lower_quantile(Real p, Real a, Real b) {
   const Real reach = -std::log(Machine<Real>::smallest), most_step = 15;
+  const Real noise = std::sqrt(Machine<Real>::epsilon);  // a step that short and no shorter than the last is rounding
   Real log_beta_ab = 0;
   const Real least = functions::gamma_limits<Real>.xsml, most = functions::beta_most<Real>;
   if (a < least || b < least || a > most || b > most || !functions::plain_log_beta(a, b, log_beta_ab))
     return beta_degenerate(p, a, b);
   Real w = beta_start(p, a, b), x = 0, z = 1, last = Machine<Real>::infinity;
-  for (int i = 0, grown = 0; i < 100 && grown < 6; ++i) {
+  Real low = -Machine<Real>::infinity, high = Machine<Real>::infinity;  // around the root, for areas that underflow or only round
+  for (int i = 0, grown = 0; i < 200; ++i) {
     if (!(w > -reach)) {  // the leading power alone
       x = std::exp((std::log(p) + std::log(a) + log_beta_ab) / a);
       if (!(x > 4 * Machine<Real>::smallest)) return {x, 1, true};
@@ -127,23 +131,29 @@ Share<Real> beta_lower_quantile(Real p, Real a, Real b) {
     z = w < 0 ? 1 / (1 + std::exp(w)) : std::exp(-w) / (1 + std::exp(-w));
     Real value = 0;
     if (!beta_ratio(x, z, a, b, value)) return {x, z, false};
-    if (value >= 1 || !(value > 0)) {
-      w += value > 0 ? -1 : 1;
-      continue;
+    (value < p ? low : high) = w;
+    Real next = value > 0 ? w - 1 : w + 1;
+    if (value > 0 && value < 1) {
+      const Real slope = functions::beta_power(x, z, a, b, log_beta_ab) / value;
+      const Real newton = std::log(p / value) / slope;
+      const Real bend = newton * (a * z - b * x - slope) / 2;
+      const Real step = bend > static_cast<Real>(-0.7) && bend < static_cast<Real>(0.99) ? newton / (1 + bend) : newton;
+      const Real size = std::abs(step);
+      // In x the change is z step: relative to the smaller of x and z that is at most the step itself.
+      if (size <= 4 * Machine<Real>::epsilon || (size >= last && size < noise) ||
+          std::abs(value - p) <= Machine<Real>::epsilon / 2 * p) {
+        return {x + x * z * step, z - z * x * step, true};
+      }
+      if (size >= last) ++grown;
+      last = size;
+      next = w + (size > most_step ? std::copysign(most_step, step) : step);
     }
-    const Real slope = functions::beta_power(x, z, a, b, log_beta_ab) / value;
-    const Real newton = std::log(p / value) / slope;
-    const Real bend = newton * (a * z - b * x - slope) / 2;
-    const Real step = bend > static_cast<Real>(-0.7) && bend < static_cast<Real>(0.99) ? newton / (1 + bend) : newton;
-    const Real size = std::abs(step);
-    // In x the change is z step: relative to the smaller of x and z that is at most the step itself.
-    if (size <= 4 * Machine<Real>::epsilon || (size >= last && size < static_cast<Real>(1e-10)) ||
-        std::abs(value - p) <= Machine<Real>::epsilon / 2 * p) {
-      return {x + x * z * step, z - z * x * step, true};
+    if (grown > 5 || !(next > low && next < high)) {
+      const Real middle = low + (high - low) / 2;
+      if (middle <= low || middle >= high) return {x, z, true};
+      if (std::abs(middle) <= reach) next = middle;
     }
-    if (size >= last) ++grown;
-    last = size;
-    w += size > most_step ? std::copysign(most_step, step) : step;
+    w = next;
   }
   return {x, z, false};
 }
@@ -183,7 +193,7 @@ inline Real F_limit(Real F, Real dfn, Real dfd) {
   const Real vast = static_cast<Real>(1e17);
   if (dfn > vast && dfd > vast) return F < 1 ? 0 : F > 1 ? 1 : static_cast<Real>(0.5);
   if (dfd > vast) return gamma_ratio(dfn / 2 * F, dfn / 2);
-  if (dfn > vast) return 1 - gamma_ratio(dfd / 2 / F, dfd / 2);
+  if (dfn > vast) return gamma_rest(dfd / 2 / F, dfd / 2);
   return Machine<Real>::not_a_number;
 }
 template <class Real>

@@ -107,6 +107,13 @@ inline Real gamma_ratio(Real x, Real a) {
   return factor == 0 ? 1 : 1 - factor * gamma_upper_fraction(a, x);
 }
 
+// 1 - gamma_ratio, with the digits of a small one.
+template <class Real>
+inline Real gamma_rest(Real x, Real a) {
+  if (!(x > 1 && x > a) || a >= gamma_uniform_from<Real> || x > Machine<Real>::largest) return 1 - gamma_ratio(x, a);
+  return gamma_factor(a, x) * gamma_upper_fraction(a, x);
+}
+
 template <class Real>
 inline bool plain_gamma_cdf(Real x, Real a, Real& value) {
   if (x != x || a != a) {
@@ -184,7 +191,8 @@ inline Real chi_by_series(Real x, Real a, Real g, Real& density) {
   const Real middle = a / 2 > 13 ? a / 2 : 13;
   if (z >= middle) return 1 - power * chi_upper_sum(a, z) / z / g;
   if (a > static_cast<Real>(12.5) && x < 2) return 0;
-  return power * chi_lower_sum(a, z, 1 / (g * a));
+  const Real value = power * chi_lower_sum(a, z, 1 / (g * a));
+  return value < 1 ? value : 1;
 }
 
 // False where something is to be raised.

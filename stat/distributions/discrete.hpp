@@ -116,7 +116,7 @@ template <class Real>
 inline bool plain_binomial(long k, long n, Real p, Kind kind, Real& value) {
   if (n < 1 || k < 0 || k > n || !(p >= 0 && p <= 1)) {
     value = p;
-    return n >= 1 && p != p;
+    return p != p;
   }
   if (p == 0 || p == 1) {
     const bool end = p == 0 ? k == 0 : k == n;
@@ -225,10 +225,7 @@ inline Real poisson(long k, Real theta) {
   if (n > theta && log_top + std::log(n + 2) < std::log(Machine<Real>::epsilon) - 3) return 1;  // what is beyond k does not count
   if (n < theta && log_top + std::log(n + 1) < 2 * std::log(Machine<Real>::smallest)) return 0;
   if (k > longest_sum) {
-    const Real value = n + 1 < gamma_uniform_from<Real> && theta > n + 1
-                           ? std::exp(log_gamma_factor(n + 1, theta)) * gamma_upper_fraction(n + 1, theta)
-                           : 1 - gamma_ratio(theta, n + 1);
-    return value > 0 ? value : 0;
+    return gamma_rest(theta, n + 1);
   }
   const Real sum = poisson_sum(k, theta, log_top);
   return sum < 1 ? sum : 1;

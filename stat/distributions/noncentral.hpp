@@ -25,11 +25,12 @@ inline Real gamma_step(Real a, Real x) {
 inline constexpr long longest_walk = 1000;
 
 // x, lambda > 0. One walk from the largest weight down to index 0, where central values grow by positive steps, and one up, where
-// they fall and are computed afresh before the subtractions have cost a digit.
+// they fall and are computed afresh before the subtractions have cost a digit. A walk cut short is settled when the weights fall
+// so fast from there on that what it leaves out cannot be more than 100 epsilon of the value.
 template <class Real>
 Mixture<Real> noncentral_sum(Real x, Real df, Real lambda) {
   const Real z = x / 2, mean = lambda / 2, shape = df / 2, epsilon = Machine<Real>::epsilon;
-  const Real small = Machine<Real>::smallest / epsilon, least_weight = static_cast<Real>(1e-20);
+  const Real small = Machine<Real>::smallest / epsilon, least_weight = static_cast<Real>(1e-20), left_out = 100 * epsilon;
   const long start = mean < 1 ? 1 : static_cast<long>(mean);
   const Real first_weight = std::exp(log_poisson_term(start, mean));
   const Real first_area = gamma_ratio(z, shape + static_cast<Real>(start));
@@ -37,7 +38,7 @@ Mixture<Real> noncentral_sum(Real x, Real df, Real lambda) {
   Mixture<Real> sum = {first_weight * first_area, first_weight * first_step * (shape + static_cast<Real>(start)), true};
   Real weight = first_weight, area = first_area, step = first_step, last = sum.value;
   long i = start;
-  while (i > 0 && sum.settled) {
+  while (i > 0) {
     const Real a = shape + static_cast<Real>(i) - 1;
     weight *= static_cast<Real>(i) / mean;
     step = step > small ? step * (a + 1) / z : gamma_step(a, z);
@@ -48,7 +49,10 @@ Mixture<Real> noncentral_sum(Real x, Real df, Real lambda) {
     sum.slope += weight * step * a;
     if (added <= last && added <= epsilon * sum.value && weight < least_weight) break;
     last = added;
-    sum.settled = start - i < longest_walk || i == 0;
+    if (start - i == longest_walk && i > 0) {
+      sum.settled = added <= left_out * (1 - static_cast<Real>(i) / mean) * sum.value;
+      break;
+    }
   }
   weight = first_weight, area = first_area, step = first_step;
   Real anchor = area;
@@ -62,8 +66,8 @@ Mixture<Real> noncentral_sum(Real x, Real df, Real lambda) {
     sum.value += added;
     sum.slope += weight * step * a;
     if (weight < least_weight * sum.value || added <= epsilon / 4 * sum.value) break;
-    if (i - start >= longest_walk) {
-      sum.settled = false;
+    if (i - start == longest_walk) {
+      sum.settled = sum.settled && added <= left_out * (1 - mean / static_cast<Real>(i)) * sum.value;
       break;
     }
   }
@@ -222,7 +226,7 @@ inline double noncentral_t_by_rule(double t, double df, double delta) {
   const double sharpest = std::sqrt(2 * df) + (t * delta > 0 ? std::abs(delta) : 0) + 2;
   if (sharpest > 1000 * std::sqrt(2 * df)) return Machine<double>::not_a_number;  // too many terms
   const double step = 0.65 / sharpest;
-  const double peak = find_peak([=](double u) { return f.logarithm(u); }, -50, 5, step), top = f.logarithm(peak);
+  const double peak = find_peak([=](double u) { return f.logarithm(u); }, -750, 5, step), top = f.logarithm(peak);
   double sum = 1;
   for (int side = -1; side <= 1; side += 2) {
     for (int i = 1;; ++i) {
@@ -266,8 +270,10 @@ inline Real noncentral_t(Real t, long df, Real delta) {
 
 template <class Real>
 inline bool plain_non_central_t_cdf(Real t, long df, Real delta, Real& value) {
+  value = t != t ? t : delta;
+  if (value != value) return true;
   if (df < 1) return false;
-  value = t != t ? t : delta != delta ? delta : noncentral_t(t, df, delta);
+  value = noncentral_t(t, df, delta);
   return true;
 }
 template <class Real>
@@ -326,12 +332,9 @@ Point<Real> noncentral_t_quantile(Real p, long df, Real delta) {
 
 template <class Real>
 inline bool plain_non_central_t_inv_cdf(Real p, long df, Real delta, Real& value) {
-  if (df < 1) return false;
-  if (p != p || delta != delta) {
-    value = p != p ? p : delta;
-    return true;
-  }
-  if (!is_open_probability(p) || std::abs(delta) > Machine<Real>::largest) return false;
+  value = p != p ? p : delta;
+  if (value != value) return true;
+  if (df < 1 || !is_open_probability(p) || std::abs(delta) > Machine<Real>::largest) return false;
   const Point<Real> point = noncentral_t_quantile(p, df, delta);
   value = point.x;
   return point.search == Search::found;

@@ -188,7 +188,8 @@ inline bool plain_bivariate_normal_cdf(Real x, Real y, Real rho, Real& value) {
   } else if (rho == 1) {
     value = normal_area(x < y ? x : y);
   } else if (rho == -1) {
-    value = x > -y ? normal_area(x) - normal_area(-y) : 0;
+    const Real less = x < y ? x : y, more = x < y ? y : x;  // the smaller areas keep the digits of the difference
+    value = x > -y ? normal_area(less) - normal_area(-more) : 0;
   } else {
     value = l_bnrdf(x, y, rho);
   }

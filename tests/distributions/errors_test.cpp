@@ -60,6 +60,8 @@ TEST(DistributionErrors, Normal) {
       ROW(zents_d_bivariate_normal_cdf(1, 2, 1), 0.8413447460685429, 0, 0),
       ROW(zents_d_bivariate_normal_cdf(1, 0, -1), 0.3413447460685429, 0, 0),
       ROW(zents_d_bivariate_normal_cdf(-1, 0.5, -1), 0, 0, 0),
+      ROW(zents_d_bivariate_normal_cdf(8, -7, -1), 1.279190447828408e-12, 0, 0),
+      ROW(zents_d_bivariate_normal_cdf(-7, 8, -1), 1.279190447828408e-12, 0, 0),
       ROW(zents_d_bivariate_normal_cdf(0, 0, 0.5), 1.0 / 3, 0, 0),
       ROW(zents_d_bivariate_normal_cdf(infinity, 1, 0.5), 0.8413447460685429, 0, 0),
       ROW(zents_d_bivariate_normal_cdf(-infinity, 1, 0.5), 0, 0, 0),
@@ -103,7 +105,9 @@ TEST(DistributionErrors, ChiSquaredAndGamma) {
       ROW(zents_d_non_central_chi_sq_inv(1, 1, -1), none, 5, STAT_ALAM_GE_ZERO),
       ROW(zents_d_non_central_chi_sq_inv(1, 1, 1), none, 5, STAT_P_OUTSIDE_OPEN_INTERVAL),
   });
-  // More terms than the walk takes: the value comes with a Warning.
+  // The walk may be cut where what is left does not count; with more terms than it takes the value comes with a Warning.
+  EXPECT_NEAR(zents_d_non_central_chi_sq(32010, 10, 32000), 0.501114936758439099, 1e-12);
+  EXPECT_EQ(zents_n1rty(1), 0);
   EXPECT_NEAR(zents_d_non_central_chi_sq(160100, 100, 160000), 0.5, 0.01);
   EXPECT_EQ(zents_n1rcd(1), STAT_CONV_NOT_OBTAINED);
   EXPECT_EQ(zents_n1rty(1), 3);
@@ -221,7 +225,9 @@ TEST(DistributionErrors, NotANumberComesBackWithoutAMessage) {
       zents_d_F_inverse_cdf(0.5, x, 1),
       zents_d_beta_cdf(0.5, 1, x),
       zents_d_beta_inverse_cdf(x, 1, 1),
+      zents_d_non_central_t_cdf(1, 0, x),
       zents_d_binomial_cdf(1, 2, x),
+      zents_d_binomial_cdf(1, 0, x),
       zents_d_poisson_cdf(1, x),
   };
   for (const double& value : values) EXPECT_TRUE(std::isnan(value)) << &value - values;

@@ -369,4 +369,37 @@ TEST(LeastSquaresErrors, AreTheNumbersOfTheirCauses) {
   }
 }
 
+// The routines on column-major arrays refuse sizes that do not fit and touch nothing.
+TEST(LeastSquaresErrors, OfTheSupportRoutines) {
+  be_quiet();
+  using zent::Math;
+  double a[6] = {1, 2, 3, 4, 5, 7}, qr[6] = {9}, aux[2], norms[2], wk[5], y[3] = {}, x[2] = {8, 8};
+  long pvt[2] = {}, kbasis = 5;
+  const auto expect = [](long number) {
+    EXPECT_EQ(zent_error_code(), number);
+    EXPECT_EQ(zent_error_type(), 5);
+  };
+  const auto in_frame = [&expect](long number, auto call) {
+    zent_e1psh("caller");
+    call();
+    zent_e1pop("caller");
+    expect(number);
+  };
+  in_frame(MATH_NEED_NRA_AND_NCA_GT_ZERO, [&] { zent_dl2rrr(0, 2, a, 3, 1, pvt, qr, 3, aux, norms, wk); });
+  in_frame(MATH_NEED_SMALLER_NRA_VALUE, [&] { zent_dl2rrr(3, 2, a, 2, 1, pvt, qr, 3, aux, norms, wk); });
+  in_frame(MATH_NRQR_GREATER_THAN_LDQR, [&] { zent_dl2rrr(3, 2, a, 3, 1, pvt, qr, 2, aux, norms, wk); });
+  in_frame(MATH_NEED_SMALLER_NRA_VALUE, [&] { zent_dl2qrr(3, 2, a, 2, y, 0, x, y, &kbasis, qr, aux, pvt, wk); });
+  in_frame(MATH_NRA_MUST_BE_POSITIVE, [&] { zent_dlqrsl(0, 2, qr, 3, aux, y, y, y, x, y, y, 100); });
+  in_frame(MATH_NRQR_GREATER_THAN_LDQR, [&] { zent_dlqrsl(3, 2, qr, 2, aux, y, y, y, x, y, y, 100); });
+  in_frame(MATH_KBASIS_IS_NEGATIVE, [&] { zent_dlqrsl(3, -1, qr, 3, aux, y, y, y, x, y, y, 100); });
+  in_frame(MATH_NRQR_GT_LDQR, [&] { zent::linalg::l_l2err<Math>(3, 2, qr, 3, aux, a, 2); });
+  pvt[0] = 1, pvt[1] = 3;
+  in_frame(MATH_IPERMU_RANGE, [&] { zent::linalg::l_permu<Math>(2, y, pvt, 1, x); });
+  in_frame(MATH_IPATH_RANGE_3, [&] { zent::linalg::l_permu<Math>(2, y, pvt, 3, x); });
+  in_frame(MATH_X_AND_XPERMU_LENGTH_LE_0, [&] { zent::linalg::l_permu<Math>(0, y, pvt, 1, x); });
+  EXPECT_EQ(qr[0], 9);
+  EXPECT_EQ(x[0], 8);
+  EXPECT_EQ(kbasis, 5);
+}
+
 }  // namespace

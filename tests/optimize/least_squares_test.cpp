@@ -269,6 +269,42 @@ TYPED_TEST(NonlinearLeastSquares, RefusesRepairsAndStops) {
   EXPECT_NEAR(x[0], 1, 1e-3);
 }
 
+// Each real option steers the search, by value and by address alike.
+TYPED_TEST(NonlinearLeastSquares, OptionsByValueAndAddress) {
+  using T = TypeParam;
+  const auto all = problems::all<T>();
+  current<T> = &all[0];
+  const T start[] = {T(-1.2), 1};
+  const struct {
+    int by_value, by_address;
+    T value;
+  } cases[] = {{ZENT_FSCALE, ZENT_FSCALE_ADR, T(1e9)},
+               {ZENT_GRAD_TOL, ZENT_GRAD_TOL_ADR, T(5)},
+               {ZENT_STEP_TOL, ZENT_STEP_TOL_ADR, 1},
+               {ZENT_REL_FCN_TOL, ZENT_REL_FCN_TOL_ADR, 2},
+               {ZENT_ABS_FCN_TOL, ZENT_ABS_FCN_TOL_ADR, 1},
+               {ZENT_MAX_STEP, ZENT_MAX_STEP_ADR, T(0.125)},
+               {ZENT_TRUST_REGION, ZENT_TRUST_REGION_ADR, T(0.125)}};
+  const auto run = [&](T* x, auto... options) {
+    calls = 0;
+    solve(residuals<T>, 2, 2, ZENT_XGUESS, start, ZENT_RETURN_USER, x, options...);
+    return calls;
+  };
+  T x[2], y[2];
+  const long plain = run(x);
+  for (const auto& c : cases) {
+    const long by_value = run(x, c.by_value, static_cast<double>(c.value)), by_address = run(y, c.by_address, &c.value);
+    EXPECT_NE(by_value, plain) << c.by_value;
+    EXPECT_EQ(by_value, by_address) << c.by_value;
+    EXPECT_TRUE(x[0] == y[0] && x[1] == y[1]) << c.by_value;
+  }
+  const T wide = 2;  // no column is independent
+  long rank = -1, rank_by_address = -1;
+  run(x, ZENT_TOLERANCE, static_cast<double>(wide), ZENT_JACOBIAN_RANK, &rank);
+  run(x, ZENT_TOLERANCE_ADR, &wide, ZENT_JACOBIAN_RANK, &rank_by_address);
+  EXPECT_TRUE(rank == 0 && rank_by_address == 0);
+}
+
 // Badly scaled: solved with scales, longer steps and tolerances to fit.
 TEST(NonlinearLeastSquaresEdges, ScaledProblems) {
   be_quiet();
@@ -299,12 +335,14 @@ void noisy(long m, long n, double* x, double* f, void* data) {
   double* const inner = zent_d_nonlin_least_squares(line<double>, points, 2, 0);  // calls inside calls
   for (long i = 0; i < m; ++i) f[i] += inner[0] - 2;
   zent_free_allocated_memory(inner);
+  zent_d_nonlin_least_squares(nullptr, m, n, 0);  // an error inside is the user's affair
 }
 TEST(NonlinearLeastSquaresEdges, CallsInsideCalls) {
   be_quiet();
   long count = 0;
   double* const x = zent_d_nonlin_least_squares(nullptr, points, 2, ZENT_FCN_W_DATA, noisy, &count, 0);
   ASSERT_NE(x, nullptr);
+  EXPECT_EQ(zent_error_type(), 0);
   EXPECT_NEAR(x[1], 3, 0.1);
   EXPECT_GT(count, 3);
   zent_free_allocated_memory(x);

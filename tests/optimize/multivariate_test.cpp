@@ -163,12 +163,35 @@ TYPED_TEST(Multivariate, BadSettingsAreReplacedAndTold) {
   with(ZENT_MAX_STEP, 0.0), same(MATH_NEED_NONNEGATIVE_STEPMX);
   with(ZENT_MAX_STEP, -9999.0);
   EXPECT_EQ(zent_error_code(), 0);
-  // By value and by address alike.
-  const T tolerance = T(1e-2), step = T(0.5);
-  T by_address[3];
-  with(ZENT_GRAD_TOL, static_cast<double>(tolerance), ZENT_MAX_STEP, static_cast<double>(step));
-  minimize(bowl<T>, 3, ZENT_RETURN_USER, by_address, ZENT_GRAD_TOL_ADR, &tolerance, ZENT_MAX_STEP_ADR, &step);
-  for (long j = 0; j < 3; ++j) EXPECT_EQ(x[j], by_address[j]);
+}
+
+// Each real option steers the search, by value and by address alike.
+TYPED_TEST(Multivariate, OptionsByValueAndAddress) {
+  using T = TypeParam;
+  const auto all = problems::all<T>();
+  current<T> = &all[0];
+  const T start[] = {T(-1.2), 1};
+  const struct {
+    int by_value, by_address;
+    T value;
+  } cases[] = {{ZENT_FSCALE, ZENT_FSCALE_ADR, 1000},
+               {ZENT_GRAD_TOL, ZENT_GRAD_TOL_ADR, T(0.5)},
+               {ZENT_STEP_TOL, ZENT_STEP_TOL_ADR, T(0.1)},
+               {ZENT_REL_FCN_TOL, ZENT_REL_FCN_TOL_ADR, 2},
+               {ZENT_MAX_STEP, ZENT_MAX_STEP_ADR, T(0.125)}};
+  const auto run = [&](T* x, auto... options) {
+    calls = 0;
+    minimize(objective<T>, 2, ZENT_XGUESS, start, ZENT_RETURN_USER, x, options...);
+    return calls;
+  };
+  T x[2], y[2];
+  const long plain = run(x);
+  for (const auto& c : cases) {
+    const long by_value = run(x, c.by_value, static_cast<double>(c.value)), by_address = run(y, c.by_address, &c.value);
+    EXPECT_NE(by_value, plain) << c.by_value;
+    EXPECT_EQ(by_value, by_address) << c.by_value;
+    EXPECT_TRUE(x[0] == y[0] && x[1] == y[1]) << c.by_value;
+  }
 }
 
 TYPED_TEST(Multivariate, LimitsGiveTheBestPointSoFar) {
@@ -208,6 +231,9 @@ void uphill(long, double* x, double* g) {
 double square_of(long, double* x) {
   return x[0] * x[0] + 1;
 }
+double enormous(long, double* x) {  // the square of its gradient is out of range
+  return std::exp(x[0]) - x[0] + 1e300 * (x[1] - 2) * (x[1] - 2);
+}
 TEST(MultivariateEdges, HardFunctions) {
   be_quiet();
   double x[2], start[] = {40, 3};
@@ -226,6 +252,8 @@ TEST(MultivariateEdges, HardFunctions) {
   EXPECT_EQ(zent_d_min_uncon_multivar(half_defined, 2, ZENT_XGUESS, start, ZENT_RETURN_USER, x, 0), nullptr);
   EXPECT_EQ(zent_error_code(), MATH_NAN_NOT_ALLOWED);
   EXPECT_EQ(x[0], 5);
+  ASSERT_EQ(zent_d_min_uncon_multivar(enormous, 2, ZENT_RETURN_USER, x, 0), x);
+  EXPECT_NEAR(x[1], 2, 1e-4);
   calls = 0;
   EXPECT_EQ(zent_d_min_uncon_multivar(constant, 2, ZENT_XGUESS, start, ZENT_RETURN_USER, x, ZENT_INIT_HESSIAN, 1, 0), x);
   EXPECT_EQ(zent_error_code(), 0);
@@ -234,6 +262,8 @@ TEST(MultivariateEdges, HardFunctions) {
   zent_d_min_uncon_multivar(square_of, 1, ZENT_XGUESS, start, ZENT_GRAD, uphill, ZENT_RETURN_USER, x, 0);
   EXPECT_EQ(zent_error_code(), MATH_NO_FURTHER_PROGRESS);
   EXPECT_EQ(x[0], 1);
+  EXPECT_EQ(zent_d_min_uncon_multivar(square_of, 1, ZENT_XGUESS, start, ZENT_GRAD, uphill, ZENT_STEP_TOL, 0.0, 0), nullptr);
+  EXPECT_EQ(zent_error_code(), MATH_FALSE_CONVERGENCE);
   EXPECT_EQ(zent_d_min_uncon_multivar(plane, 0, 0), nullptr);
   EXPECT_EQ(zent_error_code(), MATH_N_MUST_BE_POSITIVE);
   EXPECT_EQ(zent_d_min_uncon_multivar(nullptr, 2, 0), nullptr);

@@ -243,7 +243,7 @@ TYPED_TEST(Systems, DifferencesAtAnEdge) {
 TYPED_TEST(Systems, BadArguments) {
   using Real = TypeParam;
   void (*none)(long, Real*, Real*) = nullptr;
-  Real minus = -1, x[2] = {7, 7};
+  Real minus = -1, no_number = std::numeric_limits<Real>::quiet_NaN(), x[2] = {7, 7};
   const auto code = [](const Real* result) {
     EXPECT_EQ(result, nullptr);
     EXPECT_EQ(zent_error_type(), 5);
@@ -252,6 +252,7 @@ TYPED_TEST(Systems, BadArguments) {
   EXPECT_EQ(code(solve(none, 2)), MATH_REQ_ARGUMENT_IS_NULL);
   EXPECT_EQ(code(solve(plain_pair<Real>, 0)), MATH_NUMBER_EQUN_UNKN_LT_1);
   EXPECT_EQ(code(solve(plain_pair<Real>, 2, ZENT_ERR_REL_ADR, &minus, ZENT_RETURN_USER, x)), MATH_ERRREL_LESS_THAN_ZERO);
+  EXPECT_EQ(code(solve(plain_pair<Real>, 2, ZENT_ERR_REL_ADR, &no_number)), MATH_ERRREL_LESS_THAN_ZERO);
   EXPECT_EQ(code(solve(plain_pair<Real>, 2, ZENT_MAX_EVALS, 0)), MATH_ITMAX_LESS_THAN_ZERO);
   EXPECT_EQ(code(solve(plain_pair<Real>, 2, -5)), MATH_UNKNOWN_OPTION);
   EXPECT_EQ(code(solve(plain_pair<Real>, 1L << 62)), MATH_OUT_OF_MEMORY_1);

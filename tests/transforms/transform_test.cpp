@@ -30,7 +30,6 @@ struct Form<double> {
   static constexpr auto real_init = zent_d_fft_real_init;
   static constexpr auto sine_init = zent_d_fft_sine_init;
   static constexpr auto cosine_init = zent_d_fft_cosine_init;
-  static constexpr auto odd_pass = zent_df8tcf;
 };
 template <>
 struct Form<float> {
@@ -44,7 +43,6 @@ struct Form<float> {
   static constexpr auto real_init = zent_f_fft_real_init;
   static constexpr auto sine_init = zent_f_fft_sine_init;
   static constexpr auto cosine_init = zent_f_fft_cosine_init;
-  static constexpr auto odd_pass = zent_f8tcf;
 };
 
 template <class R>
@@ -222,34 +220,72 @@ TEST(Trigonometric, AgreeWithTheDefinition) {
   check_trigonometric<double>(400);
 }
 
-TEST(Plane, RowsThenColumns) {
+// Rows, then columns by the definition; the columns behind stay the caller's; in place with another column dimension, and back.
+template <class R>
+void check_plane(long rows, long cols) {
+  using C = typename Form<R>::Complex;
+  const auto as_complex = [](std::vector<R>& x) { return reinterpret_cast<C*>(x.data()); };
+  const long p_dim = cols + 3, q_dim = cols + 1, wide = p_dim + 4;
+  std::vector<R> p = noise<R>(2 * rows * p_dim), q(static_cast<std::size_t>(2 * rows * q_dim), 99);
+  Form<R>::plane(rows, cols, as_complex(p), ZENT_P_COL_DIM, static_cast<int>(p_dim), ZENT_RETURN_COL_DIM, static_cast<int>(q_dim),
+                 ZENT_RETURN_USER, q.data(), 0);
+  std::vector<std::vector<Exact>> exact;
+  for (long r = 0; r < rows; ++r) exact.push_back(definition(pairs(p.data() + 2 * r * p_dim, cols), false));
+  for (long c = 0; c < cols; ++c) {
+    std::vector<Exact> column, found;
+    for (long r = 0; r < rows; ++r) column.push_back(exact[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)]);
+    for (long r = 0; r < rows; ++r) found.push_back(pairs(q.data() + 2 * (r * q_dim + c), 1)[0]);
+    EXPECT_LT(error<R>(found, definition(column, false)), 10) << rows << "x" << cols;
+  }
+  EXPECT_EQ(q[static_cast<std::size_t>(2 * q_dim - 1)], 99);
+  std::vector<R> same(p);
+  same.resize(static_cast<std::size_t>(2 * rows * wide));
+  Form<R>::plane(rows, cols, as_complex(same), ZENT_A_COL_DIM, static_cast<int>(p_dim), ZENT_RETURN_COL_DIM,
+                 static_cast<int>(wide), ZENT_RETURN_USER, same.data(), 0);
+  Form<R>::plane(rows, cols, as_complex(same), ZENT_P_COL_DIM, static_cast<int>(wide), ZENT_RETURN_COL_DIM,
+                 static_cast<int>(p_dim), ZENT_RETURN_USER, same.data(), ZENT_BACKWARD, 0);
+  for (long k = 0; k < 2 * cols; ++k) {
+    const auto at = static_cast<std::size_t>(2 * (rows - 1) * p_dim + k);
+    const double scale = static_cast<double>(rows * cols);
+    EXPECT_NEAR(same[at], scale * p[at], 100 * scale * std::numeric_limits<R>::epsilon());
+  }
+}
+
+TEST_P(Transforms, PlanesGoByRowsAndColumns) {
   for (const auto& [rows, cols] :
        std::vector<std::pair<long, long>>{{1, 7}, {7, 1}, {5, 12}, {16, 16}, {67, 9}, {9, 67}, {64, 40}}) {
-    const long p_dim = cols + 3, q_dim = cols + 1;
-    std::vector<double> p = noise<double>(2 * rows * p_dim), q(static_cast<std::size_t>(2 * rows * q_dim), 99);
-    zent_z_fft_2d_complex(rows, cols, reinterpret_cast<zent_d_complex*>(p.data()), ZENT_P_COL_DIM, static_cast<int>(p_dim),
-                          ZENT_RETURN_COL_DIM, static_cast<int>(q_dim), ZENT_RETURN_USER, q.data(), 0);
-    std::vector<std::vector<Exact>> exact;
-    for (long r = 0; r < rows; ++r) exact.push_back(definition(pairs(p.data() + 2 * r * p_dim, cols), false));
-    for (long c = 0; c < cols; ++c) {
-      std::vector<Exact> column, found;
-      for (long r = 0; r < rows; ++r) column.push_back(exact[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)]);
-      for (long r = 0; r < rows; ++r) found.push_back(pairs(q.data() + 2 * (r * q_dim + c), 1)[0]);
-      EXPECT_LT(error<double>(found, definition(column, false)), 10) << rows << "x" << cols;
-    }
-    EXPECT_EQ(q[static_cast<std::size_t>(2 * q_dim - 1)], 99) << "the columns behind are the caller's";
-    // In place with another column dimension, and back.
-    std::vector<double> same(p);
-    same.resize(static_cast<std::size_t>(2 * rows * (p_dim + 4)));
-    auto* z = reinterpret_cast<zent_d_complex*>(same.data());
-    zent_z_fft_2d_complex(rows, cols, z, ZENT_A_COL_DIM, static_cast<int>(p_dim), ZENT_RETURN_COL_DIM,
-                          static_cast<int>(p_dim + 4), ZENT_RETURN_USER, z, 0);
-    zent_z_fft_2d_complex(rows, cols, z, ZENT_P_COL_DIM, static_cast<int>(p_dim + 4), ZENT_RETURN_COL_DIM,
-                          static_cast<int>(p_dim), ZENT_RETURN_USER, z, ZENT_BACKWARD, 0);
-    for (long k = 0; k < cols; ++k) {
-      const auto at = static_cast<std::size_t>(2 * ((rows - 1) * p_dim + k));
-      EXPECT_NEAR(same[at], static_cast<double>(rows * cols) * p[at], 1e-10);
-    }
+    check_plane<double>(rows, cols);
+    check_plane<float>(rows, cols);
+  }
+}
+
+// The transforms without options do in place what those with options do.
+TEST(Bare, AgreesWithThePublicForms) {
+  for (const long n : {1L, 2L, 3L, 4L, 24L, 45L, 67L}) {
+    const std::vector<double> p = noise<double>(2 * n);
+    std::vector<double> a, b;
+    const auto both = [&](auto bare, auto table, auto form) {
+      a = b = p;
+      double* const params = n > 1 ? table(n) : nullptr;
+      bare(n, a.data(), params);
+      form(b.data());
+      zent_free_allocated_memory(params);
+      EXPECT_EQ(a, b) << n;
+    };
+    const auto complex_form = [n](int option) {
+      return
+          [n, option](double* x) { zent_z_fft_complex(n, reinterpret_cast<zent_d_complex*>(x), ZENT_RETURN_USER, x, option, 0); };
+    };
+    const auto real_form = [n](auto f, int option) {
+      return [n, f, option](double* x) { f(n, x, ZENT_RETURN_USER, x, option, 0); };
+    };
+    both(zent_df3tcf, zent_z_fft_complex_init, complex_form(0));
+    both(zent_df3tcb, zent_z_fft_complex_init, complex_form(ZENT_BACKWARD));
+    both(zent_df3trf, zent_d_fft_real_init, real_form(zent_d_fft_real, 0));
+    both(zent_df3trb, zent_d_fft_real_init, real_form(zent_d_fft_real, ZENT_BACKWARD));
+    if (n == 1) continue;
+    both(zent_df2int, zent_d_fft_sine_init, real_form(zent_d_fft_sine, 0));
+    both(zent_df2ost, zent_d_fft_cosine_init, real_form(zent_d_fft_cosine, 0));
   }
 }
 
@@ -303,24 +339,32 @@ TEST(Tables, RootsAreRightToTheLastPlace) {
   zent_free_allocated_memory(t);
 }
 
-// The pass that is told by its definition, one factor after the other, against the whole.
+// The passes that are told by their definition, one factor after the other, against the whole, in both directions.
 TEST(PlainPass, ChainsToTheTransform) {
-  const long n = 7 * 4 * 5, factors[] = {4, 5, 7};
+  const long n = 3 * 4 * 5 * 7, factors[] = {3, 4, 5, 7};
   double* table = zent_z_fft_complex_init(n);
-  std::vector<double> a = noise<double>(2 * n), b(a), c(a);
-  zent_z_fft_complex(n, reinterpret_cast<zent_d_complex*>(c.data()), ZENT_RETURN_USER, c.data(), 0);
-  double* wa = table + 2 * n;
-  long l1 = 1;
-  for (const long radix : factors) {
-    const long ido = n / (l1 * radix);
-    int na = 0;
-    zent_df8tcf(ido, radix, l1, a.data(), b.data(), wa, -1, &na);
-    EXPECT_EQ(na, 1);
-    a.swap(b);
-    wa += 2 * (radix - 1) * ido;
-    l1 *= radix;
+  for (const int sign : {-1, 1}) {
+    std::vector<double> a = noise<double>(2 * n), b(a), c(a);
+    zent_z_fft_complex(n, reinterpret_cast<zent_d_complex*>(c.data()), ZENT_RETURN_USER, c.data(), sign > 0 ? ZENT_BACKWARD : 0,
+                       0);
+    double* wa = table + 2 * n;
+    long l1 = 1;
+    for (const long radix : factors) {
+      const long ido = n / (l1 * radix);
+      int na = 0;
+      if (radix == 3) zent_df5tcf(ido, l1, a.data(), b.data(), wa, sign);
+      if (radix == 4) zent_df6tcf(ido, l1, a.data(), b.data(), wa, sign);
+      if (radix == 5) zent_df7tcf(ido, l1, a.data(), b.data(), wa, sign);
+      if (radix == 7) {
+        zent_df8tcf(ido, radix, l1, a.data(), b.data(), wa, sign, &na);
+        EXPECT_EQ(na, 1);
+      }
+      a.swap(b);
+      wa += 2 * (radix - 1) * ido;
+      l1 *= radix;
+    }
+    EXPECT_LT(error<double>(pairs(c.data(), n), pairs(a.data(), n)), 2);
   }
-  EXPECT_LT(error<double>(pairs(c.data(), n), pairs(a.data(), n)), 2);
   zent_free_allocated_memory(table);
 }
 

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Writes hyper_rect_tables.hpp: Newton's method on the Legendre polynomials with 40 digits (needs mpmath)."""
+"""Writes math/quadrature/hyper_rect_tables.hpp to the standard output: Newton's method on the Legendre polynomials with 40 digits
+(needs mpmath)."""
 import mpmath
 
 mpmath.mp.dps = 40
@@ -35,7 +36,7 @@ def table(name, values):
 
 both = [pair for k in range(1, 9) for pair in rule(2**k)]
 print("// Positive nodes t and weights w of the Gauss-Legendre rules of 2, 4, ..., 256 points, one after the other; that of 2^k points")
-print("// starts at 2^(k-1) - 1. Written by hyper_rect_tables.py.")
+print("// starts at 2^(k-1) - 1. Written by tools/hyper_rect_tables.py.")
 print("#pragma once\n\nnamespace zent::hyper_rect {\n")
 table("t", [x for x, _ in both])
 print()
