@@ -1,6 +1,6 @@
 /* Minimization and nonlinear least squares: functions of one and of many variables, sums of squares. Option codes stand in
- * option_codes.h. Each function has a form in each precision (f, d); the float form takes float for double everywhere but in plain
- * real options, which are passed as double.
+ * option_codes.h. Each function has a form in each precision (f, d); the float form takes float for double everywhere but in
+ * plain real options, which are passed as double.
  *
  * User functions run as calling programs: errors of library calls that they make are delivered to them. A value that is not a
  * number counts as +infinity, so a search steps back from where the function is undefined; the start must have a finite value.
@@ -60,9 +60,10 @@ ZENT_API double zent_d_min_uncon_deriv(double (*fcn)(double), double (*grad)(dou
  *   ZENT_FCN_W_DATA, Real (*)(long, Real*, void*), void*
  *   ZENT_GRAD_W_DATA, void (*)(long, Real*, Real*, void*), void*
  * FSCALE, GRAD_TOL, STEP_TOL, REL_FCN_TOL, MAX_STEP also by address (11025 to 11029).
- * Errors: 8020 n < 1, 6002 (5); 8051 false convergence, 11124 no finite value of f or its gradient at the start (4); 8006 step
- * within its tolerance (1); 8049 no further progress, 8050 little change of f, 8017, 8029, 8030 limits, 8032 unbounded (3): x is
- * then the last point accepted. 8058, 8059, 8062, 8066 to 8072 (6): an argument that made no sense was replaced. */
+ * Errors: 8020 n < 1, 6002, 104 null for an array (5); 8051 false convergence, 11124 no finite value of f or its gradient at the
+ * start (4); 8006 step within its tolerance (1); 8049 no further progress, 8050 little change of f, 8017, 8029, 8030 limits, 8032
+ * unbounded (3): x is then the last point accepted. 8058, 8059, 8062, 8066 to 8072 (6): an argument that made no sense was
+ * replaced. */
 ZENT_API float* zent_f_min_uncon_multivar(float (*fcn)(long, float*), long n, ...);
 ZENT_API double* zent_d_min_uncon_multivar(double (*fcn)(long, double*), long n, ...);
 
@@ -82,14 +83,14 @@ ZENT_API double* zent_d_min_uncon_multivar(double (*fcn)(long, double*), long n,
  *   ZENT_FVEC, Real** / ZENT_FVEC_USER, Real*               m residuals at x
  *   ZENT_FJAC, Real** / ZENT_FJAC_USER, Real*               Jacobian at x, m rows of ZENT_FJAC_COL_DIM (int, default n)
  *   ZENT_JACOBIAN_RANK, long*
- *   ZENT_COVARIANCE, Real** / ZENT_COVARIANCE_USER, Real*   n rows of ZENT_COVARIANCE_COL_DIM: (J^T J)^-1 f^T f / max(m - rank, 1)
- *                                                           on the independent columns, 0 elsewhere
+ *   ZENT_COVARIANCE, Real** / ZENT_COVARIANCE_USER, Real*   n rows of ZENT_COVARIANCE_COL_DIM: on the independent columns
+ *                                                           (J^T J)^-1 f^T f / max(m - rank, 1), 0 elsewhere
  *   ZENT_R_FACTOR, Real** / ZENT_R_FACTOR_USER, Real*       n rows of ZENT_R_FACTOR_COL_DIM: upper R with R^T R = J^T J
  * Library storage is the caller's to free; columns beyond n are 0 there. By address: 11025 to 11029, 11033 (ABS_FCN_TOL), 11034
  * (TRUST_REGION), 11003 (TOLERANCE).
- * Errors: 8054 m < 1, 8020 n < 1, 8057 m < n, 6002, 1062 column dimension below n (5); 8051, 11124, 12115 no length of the step
- * found (4); 8006 (1); 8064 little change, 8017, 8029, 8065 limits, 8032 unbounded (3); 8058, 8059, 8061 to 8063, 8066 to 8072
- * (6), arguments replaced. */
+ * Errors: 8054 m < 1, 8020 n < 1, 8057 m < n, 6002, 104, 1062 column dimension below n (5); 8051, 11124, 12115 no length of the
+ * step found (4); 8006 (1); 8064 little change, 8017, 8029, 8065 limits, 8032 unbounded (3); 8058, 8059, 8061 to 8063, 8066 to
+ * 8072 (6), arguments replaced. */
 ZENT_API float* zent_f_nonlin_least_squares(void (*fcn)(long, long, float*, float*), long m, long n, ...);
 ZENT_API double* zent_d_nonlin_least_squares(void (*fcn)(long, long, double*, double*), long m, long n, ...);
 
@@ -106,8 +107,8 @@ ZENT_API void zents_drcovb(long ncoef, const double* r, long ldr, double s2, dou
  * du4lsf: rparam[5] from x and xscale where it stands at -9999 or -999.
  * du5lsf: checks in the order and with the errors of nonlin_least_squares; what made no sense is replaced.
  * du7lsf: the step p that minimizes |fvec + J p|, |xscale p| within 0.75 to 1.5 of *delta; J is column-major. *alpha is the
- *         parameter of the last step on entry (0 at first) and of this one on return, 0 for the full step, which shortens *delta to
- *         its length. 12115 (4) when no length is found.
+ *         parameter of the last step on entry (0 at first) and of this one on return, 0 for the full step, which shortens *delta
+ *         to its length. 12115 (4) when no length is found.
  * du8lsf: minimizes |R x - qtb|^2 + |diag x|^2, R upper triangular, column-major. */
 ZENT_API void zents_du4lsf(long m, long n, const double* x, const double* xscale, double* rparam);
 ZENT_API void zents_du5lsf(long m, long n, double* xscale, double* fscale, long* iparam, double* rparam);

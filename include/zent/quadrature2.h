@@ -62,7 +62,7 @@ ZENT_API double zent_d_int_fcn_qmc(double (*fcn)(long ndim, double *x), long ndi
  * number) more fixed points than points; 4042 fixed points on the line; 4040 two of them on the half line; 4041 one that is not
  * finite or so far away that the rule cannot be represented; 4038 (point) a single one inside the interval; 4043, 4044 (point)
  * the first or second of two inside; 4045 (both) on the same side; 4039 (type 4) no convergence. points and weights are written
- * only on success.
+ * only on success; weights beyond the largest number, as those of x^alpha exp(-x) from alpha = 171 on, are infinite.
  * Method: Golub and Welsch 1969, Golub 1973 for the fixed points. The eigenvalues are corrected, and the weights summed from the
  * orthonormal polynomials, in the next wider precision: weights far below the unit roundoff are accurate in all their digits. */
 ZENT_API void zent_f_gauss_quad_rule(long n, float *points, float *weights, ...);

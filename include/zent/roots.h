@@ -47,9 +47,9 @@ ZENT_API double* zent_d_zeros_fcn(double (*fcn)(double), ...);
  *   ZENT_JACOBIAN_W_DATA void (*)(long, Real*, Real*, void*), void*   likewise
  *   ZENT_RETURN_USER  Real*    storage for x
  *
- * Errors: 6002 no function; 7008 n below 1; 7009 err_rel negative; 7010 max_evals below 1; 103; 201. Of type 3, with the best
- * point found: 7011 limit of calls reached; 7012 err_rel too small; 7013 no progress, also where f or its derivatives are not
- * finite at the start. A trial point where f is not finite is refused and the trust region halved. */
+ * Errors: 6002 no function; 7008 n below 1; 7009 err_rel negative or not a number; 7010 max_evals below 1; 103; 201. Of type 3,
+ * with the best point found: 7011 limit of calls reached; 7012 err_rel too small; 7013 no progress, also where f or its
+ * derivatives are not finite at the start. A trial point where f is not finite is refused and the trust region halved. */
 ZENT_API float* zent_f_zeros_sys_eqn(void (*fcn)(long n, float* x, float* f), long n, ...);
 ZENT_API double* zent_d_zeros_sys_eqn(void (*fcn)(long n, double* x, double* f), long n, ...);
 

@@ -226,7 +226,8 @@ Outcome<Real> l_q3awc(const F& f, Real a, Real b, Real c, Real err_abs, Real err
   o.abserr = whole.abserr;
   o.last = 1;
   if (s.limit == 1) o.ier = too_many_intervals;
-  if (low == high || o.abserr < std::fmin(Real(0.01) * std::fabs(whole.result), bound) || o.ier != 0 || f.given_up()) return o;
+  const bool enough_at_once = (low == high && o.abserr == 0) || o.abserr < std::fmin(Real(0.01) * std::fabs(whole.result), bound);
+  if (enough_at_once || o.ier != 0 || f.given_up()) return o;
   int stagnant = 0, growing = 0;
   for (bool enough = false; !enough && o.ier == 0 && !f.given_up();) {
     Halves<Real> h = s.halve();

@@ -28,7 +28,7 @@ struct Request {
   Real limit;
 };
 
-// Function values near x and what has been seen of their size.
+// Function values near x and the size of those in the last difference.
 template <class Real>
 struct Probe {
   const Request<Real>& q;
@@ -38,6 +38,9 @@ struct Probe {
     user_frame<Math>(true);
     const Real value = q.with_data != nullptr ? q.with_data(place, q.data) : q.fcn(place);
     user_frame<Math>(false);
+    return seen(value);
+  }
+  Real seen(Real value) {
     if (std::isfinite(value)) size = std::max(size, std::abs(value));
     return value;
   }
@@ -56,11 +59,12 @@ struct Best {
 template <class Real>
 Real l_d4riv(Probe<Real>& p, Real h, bool halved) {
   const Real outer_left = p.near_left, outer_right = p.near_right;
+  p.size = p.q.order == 2 && std::isfinite(p.middle) ? std::abs(p.middle) : 0;
   p.near_left = p.at(p.x - h);
   p.near_right = p.at(p.x + h);
   if (p.q.order == 1) return (p.near_right - p.near_left) / h / 2;
   if (p.q.order == 2) return ((p.near_right - p.middle) - (p.middle - p.near_left)) / h / h;
-  const Real left = halved ? outer_left : p.at(p.x - 2 * h), right = halved ? outer_right : p.at(p.x + 2 * h);
+  const Real left = halved ? p.seen(outer_left) : p.at(p.x - 2 * h), right = halved ? p.seen(outer_right) : p.at(p.x + 2 * h);
   return ((right - left) - 2 * (p.near_right - p.near_left)) / h / h / h / 2;
 }
 

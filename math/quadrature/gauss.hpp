@@ -215,6 +215,14 @@ void l_polish(long n, const Real* a, const Real* b, const Real* inverse, Real ma
   }
 }
 
+// Whether the weights still add up to the mass. A fixed point far away takes the digits of the eigenvalues beside it.
+template <class Real, class W>
+bool adds_up(long n, const W* w, W mass) {
+  W sum = 0;
+  for (long i = 0; i < n; ++i) sum += w[i];
+  return !(std::abs(sum - mass) > 64 * static_cast<W>(Machine<Real>::epsilon) * mass);
+}
+
 inline void raise_no_memory(long n) {
   raise_out_of_memory<Math>({n}, {"n"});
 }
@@ -244,7 +252,12 @@ void l_rule(const Family& family, long n, long count, const Real* fixed, Real* p
     raise<Math>(4, MATH_NO_CONVERGE_100_ITERATIONS);
     return;
   }
-  l_polish(n, a, b, inverse, static_cast<W>(l_mass(family)), count, place, symmetric, x, w);
+  const W mass = static_cast<W>(l_mass(family));
+  l_polish(n, a, b, inverse, mass, count, place, symmetric, x, w);
+  if (count > 0 && !adds_up<Real>(n, w, mass)) {
+    raise<Math>(5, MATH_BAD_FIXED_POINT_VALUE);
+    return;
+  }
   for (long i = 0; i < n; ++i) {
     points[i] = static_cast<Real>(x[i]);
     weights[i] = static_cast<Real>(w[i]);

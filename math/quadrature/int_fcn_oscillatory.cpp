@@ -71,7 +71,9 @@ Real l_q2awf(const Integrand<Math, Real>& f, Real a, long weight, Real omega, co
   if (failed<Math>()) return Machine<Real>::not_a_number;
   if (omega == 0) {  // no cycles: the half line from 0, whatever a is
     if (o.n_cycles != nullptr) *o.n_cycles = 1;
-    return finish<Math>(l_q3agi(f, Real(0), 1, o.err_abs, Real(0), w.s), o, w.s);
+    IntOptions<Real> absolute = o;
+    absolute.err_rel = 0;
+    return finish<Math>(l_q3agi(f, Real(0), 1, absolute.err_abs, absolute.err_rel, w.s), absolute, w.s);
   }
   const Outcome<Real> outcome = l_q3awf(f, a, omega, trig_weight(weight), o.err_abs, o.max_cycles, w.moments, w.nnlog, w.s);
   if (o.err_est != nullptr) *o.err_est = outcome.abserr;

@@ -41,8 +41,8 @@ class Refinement {
         continue;
       }
       const bool ends = (z_[k].re == 0 && z_[k].im == 0) || !std::isfinite(zeros[k].re) || !std::isfinite(zeros[k].im);
-      WC newton;
-      done_[k] = ends || evaluate(z_[k], 4 * eta, newton);
+      WC ignored;
+      done_[k] = ends || evaluate(z_[k], 4 * eta, ignored);
       good = good && done_[k];
     }
     if (good) return;
@@ -63,9 +63,9 @@ class Refinement {
       return {static_cast<W>(a.re), static_cast<W>(a.im)};
     }
   }
-  // True when the residual at z is rounding; else the Newton step p / p'. Beyond the unit circle the polynomial is evaluated from
+  // True when the residual at z is rounding; else p' / p, which may be 0. Beyond the unit circle the polynomial is evaluated from
   // its other end in 1 / z, so that no power is out of range.
-  bool evaluate(WC z, W tolerance, WC& newton) const {
+  bool evaluate(WC z, W tolerance, WC& logarithmic) const {
     const bool outside = z.re * z.re + z.im * z.im > 1;
     const WC y = outside ? WC{1, 0} / z : z;
     const W size = std::sqrt(y.re * y.re + y.im * y.im);
@@ -82,9 +82,9 @@ class Refinement {
     if (std::abs(value.re) + std::abs(value.im) <= tolerance * sum) return true;
     if (outside) {  // p(z) = z^n q(y)
       const W n = static_cast<W>(n_);
-      newton = z * value / (WC{n * value.re, n * value.im} - y * slope);
+      logarithmic = y * ((WC{n * value.re, n * value.im} - y * slope) / value);
     } else {
-      newton = value / slope;
+      logarithmic = slope / value;
     }
     return false;
   }
@@ -98,8 +98,8 @@ class Refinement {
     bool all = true;
     for (long k = 0; k < n_; ++k) {
       if (done_[k] || is_second(k)) continue;
-      WC newton, sum = {0, 0};
-      if (evaluate(z_[k], eta, newton)) {
+      WC logarithmic, sum = {0, 0};
+      if (evaluate(z_[k], eta, logarithmic)) {
         done_[k] = true;
         if (partner_[k] != free) done_[partner_[k]] = true;
         continue;
@@ -108,9 +108,10 @@ class Refinement {
       for (long j = 0; j < n_; ++j) {
         const WC distance = z_[k] - z_[j];
         if (j == k || (distance.re == 0 && distance.im == 0)) continue;
+        if (!std::isfinite(distance.re + distance.im)) continue;  // from a zero out of range: its share is 0
         sum = sum + WC{1, 0} / distance;
       }
-      WC change = newton / (WC{1, 0} - newton * sum);
+      WC change = WC{1, 0} / (logarithmic - sum);
       if (symmetric && partner_[k] == k) change.im = 0;
       if (!std::isfinite(change.re) || !std::isfinite(change.im)) continue;
       z_[k] = z_[k] - change;

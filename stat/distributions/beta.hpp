@@ -113,7 +113,7 @@ inline Share<Real> beta_degenerate(Real p, Real a, Real b) {
 template <class Real>
 Share<Real> beta_lower_quantile(Real p, Real a, Real b) {
   const Real reach = -std::log(Machine<Real>::smallest), most_step = 15;
-  const Real noise = std::sqrt(Machine<Real>::epsilon);  // a step that short and no shorter than the last is rounding
+  const Real noise = std::sqrt(Machine<Real>::epsilon);  // a step that short that does not fit the ones before is rounding
   Real log_beta_ab = 0;
   const Real least = functions::gamma_limits<Real>.xsml, most = functions::beta_most<Real>;
   if (a < least || b < least || a > most || b > most || !functions::plain_log_beta(a, b, log_beta_ab))
@@ -139,14 +139,14 @@ Share<Real> beta_lower_quantile(Real p, Real a, Real b) {
       const Real bend = newton * (a * z - b * x - slope) / 2;
       const Real step = bend > static_cast<Real>(-0.7) && bend < static_cast<Real>(0.99) ? newton / (1 + bend) : newton;
       const Real size = std::abs(step);
+      next = w + (size > most_step ? std::copysign(most_step, step) : step);
       // In x the change is z step: relative to the smaller of x and z that is at most the step itself.
-      if (size <= 4 * Machine<Real>::epsilon || (size >= last && size < noise) ||
+      if (size <= 4 * Machine<Real>::epsilon || (size < noise && (size >= last || !(next > low && next < high))) ||
           std::abs(value - p) <= Machine<Real>::epsilon / 2 * p) {
         return {x + x * z * step, z - z * x * step, true};
       }
       if (size >= last) ++grown;
       last = size;
-      next = w + (size > most_step ? std::copysign(most_step, step) : step);
     }
     if (grown > 5 || !(next > low && next < high)) {
       const Real middle = low + (high - low) / 2;

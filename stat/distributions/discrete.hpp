@@ -95,8 +95,10 @@ inline Real binomial(long k, long n, Real p, Kind kind) {
   const bool complement = static_cast<Real>(n) * p < static_cast<Real>(k);
   const long m = complement ? n - k : k;
   const Real q = 1 - p;
+  // What the rounding of 1 - p does to the logarithm of its power in the largest term.
+  const Real drift = ((1 - q) - p) / q * static_cast<Real>(n - k);
   // Long sums, and those whose terms grow by more than the largest number.
-  if (m > longest_sum || (complement && static_cast<Real>(n) / 4 > p * (Machine<Real>::largest / 16))) {
+  if (m > longest_sum || std::abs(drift) > 1 || (complement && static_cast<Real>(n) / 4 > p * (Machine<Real>::largest / 16))) {
     if constexpr (sizeof(Real) == sizeof(float)) return static_cast<Real>(binomial(k, n, static_cast<double>(p), kind));
     const Real a = static_cast<Real>(n - k), b = static_cast<Real>(k) + 1;
     Real log_beta_ab = 0, value = 0;
@@ -105,8 +107,7 @@ inline Real binomial(long k, long n, Real p, Kind kind) {
     return functions::beta_power(p, q, b, a + 1, log_beta_ab) / p / q / (static_cast<Real>(n) + 1);
   }
   const Sums<Real> sums = complement ? binomial_sums(m, n, q, p) : binomial_sums(m, n, p, q);
-  // What the rounding of 1 - p has done to its powers in the largest terms.
-  const Real lost = ((1 - q) - p) / q * static_cast<Real>(n - k);
+  const Real lost = std::expm1(drift);
   const Real sum = sums.sum + sums.sum * lost, term = sums.term + sums.term * lost;
   const Real value = kind == Kind::pdf ? term : complement ? term + (1 - sum) : sum;
   return value < 0 ? 0 : value > 1 ? 1 : value;

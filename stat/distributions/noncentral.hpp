@@ -144,9 +144,10 @@ Point<Real> noncentral_quantile(Real p, Real df, Real lambda) {
   if (!(x > 4 * Machine<Real>::smallest)) return {x, x > 0 ? Search::found : Search::no_bracket};
   Real high = x * far, length = static_cast<Real>(0.05), slope = 0;
   for (Real value = f(high, slope); value < p; value = f(high, slope)) {
-    // Near 1 the distribution function may stop short of p by rounding.
-    if (p > static_cast<Real>(0.5) && value >= p - 4 * Machine<Real>::epsilon && slope < Machine<Real>::epsilon) {
-      return {high, Search::found};
+    // Near 1 the distribution function may stop short of p by rounding: then its end is wanted.
+    if (p > static_cast<Real>(0.5) && value >= p - 100 * Machine<Real>::epsilon && slope < Machine<Real>::epsilon) {
+      p = value;
+      break;
     }
     length *= 2;
     high *= 1 + length;
@@ -226,7 +227,9 @@ inline double noncentral_t_by_rule(double t, double df, double delta) {
   const double sharpest = std::sqrt(2 * df) + (t * delta > 0 ? std::abs(delta) : 0) + 2;
   if (sharpest > 1000 * std::sqrt(2 * df)) return Machine<double>::not_a_number;  // too many terms
   const double step = 0.65 / sharpest;
-  const double peak = find_peak([=](double u) { return f.logarithm(u); }, -750, 5, step), top = f.logarithm(peak);
+  // Far out in the lower tail the peak lies near -log|t|.
+  const double peak = find_peak([=](double u) { return f.logarithm(u); }, -50 - std::log1p(std::abs(t)), 5, step),
+               top = f.logarithm(peak);
   double sum = 1;
   for (int side = -1; side <= 1; side += 2) {
     for (int i = 1;; ++i) {

@@ -179,6 +179,9 @@ TEST(DistributionErrors, Discrete) {
       ROW(zents_d_binomial_pdf(5, 5, 1), 1, 0, 0),
       ROW(zents_d_binomial_pdf(1, 5, 0), 0, 0, 0),
       ROW(zents_d_binomial_cdf(50000, 100000, 0.5), 0.5012615, 0, 0),
+      ROW(zents_f_binomial_cdf(0, 1000000000, 1e-9F), 0.36787945139184, 0, 0),  // 1 - p rounds to 1
+      ROW(zents_f_binomial_cdf(100, 100000000000, 1e-9F), 0.52656231126460, 0, 0),
+      ROW(zents_d_binomial_cdf(900, 9000000000000000000, 1e-16), 0.50886412546822, 0, 0),
       ROW(zents_d_poisson_cdf(-1, 0), none, 5, STAT_THETA_MUST_BE_POSITIVE),
       ROW(zents_d_poisson_cdf(-1, 1), 0, 1, STAT_LESS_THAN_ZERO),
       ROW(zents_d_poisson_pdf(-1, 1), 0, 1, STAT_LESS_THAN_ZERO),

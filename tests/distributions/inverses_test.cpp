@@ -93,6 +93,12 @@ TYPED_TEST(InverseDistributions, RoundTripOfTheNonCentralOnes) {
   }
 }
 
+TEST(DistributionInverses, NonCentralEndWhereTheSumStopsShortOfP) {
+  be_quiet();
+  EXPECT_NEAR(zents_f_non_central_chi_sq_inv(1 - 0x1p-24F, 10, 20000), 21600, 300);
+  EXPECT_EQ(zents_n1rty(1), 0);
+}
+
 // Far out with one parameter beyond the working range: F is then 1/chi-squared.
 TEST(DistributionInverses, FarTailOfFWithAVastParameter) {
   be_quiet();
@@ -147,6 +153,7 @@ TEST(DistributionInverses, TailsToTheSmallestNumbers) {
   EXPECT_NEAR(zents_d_t_cdf(-1e102, 3) / (2 * std::sqrt(3) / M_PI * 1e-306), 1, 1e-12);  // 2 sqrt(3)/(pi t^3)
   EXPECT_NEAR(zents_d_non_central_t_cdf(-1e300, 1, 0) * M_PI * 1e300, 1, 1e-12);
   EXPECT_NEAR(zents_d_non_central_t_cdf(-1e30, 1, 1) / 6.6476127657940128547e-32, 1, 1e-12);
+  EXPECT_NEAR(zents_d_binomial_pdf(0, 10000000000000, 1e-12) / 4.5399929762257861e-5, 1, 1e-14);
   EXPECT_NEAR(zents_d_F_cdf(1e-300, 2, 2), 1e-300, 1e-313);
   EXPECT_NEAR(zents_d_F_cdf(1e-30, 20, 2) / 1e-290, 1, 1e-12);  // (10 F)^10
 }

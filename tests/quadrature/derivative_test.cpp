@@ -104,6 +104,14 @@ TEST(Derivative, SurvivesBadFunctions) {
   EXPECT_LT(calls, 300);
   EXPECT_TRUE(std::isnan(zent_d_fcn_derivative([](double x) { return std::sqrt(x); }, 0.0, 0)));
   EXPECT_TRUE(std::isnan(zent_d_fcn_derivative([](double x) { return x; }, INFINITY, 0)));
+  // Values out of all proportion at the first steps say nothing about the rounding errors of the later ones.
+  for (double step : {1e300, 700.0}) {
+    for (int order = 1; order <= 3; ++order) {
+      const double v =
+          zent_d_fcn_derivative([](double x) { return std::exp(-x); }, 1.0, ZENT_ORDER, order, ZENT_INITIAL_STEP, step, 0);
+      EXPECT_NEAR(v, (order == 2 ? 1 : -1) * std::exp(-1), 1e-4) << step << " " << order;
+    }
+  }
   // Its error is the result's, and it is not asked again.
   calls = 0;
   EXPECT_TRUE(std::isnan(zent_d_fcn_derivative([](double x) { return ++calls, x * zent_d_machine(9); }, 1.0, 0)));

@@ -223,6 +223,8 @@ TEST(GaussRules, RefuseWhatIsNotARule) {
       {3, legendre, 0, 0, {-1, -1}, 4045},
       {3, legendre, 0, 0, {NAN}, 4041},
       {3, legendre, 0, 0, {inf, -1}, 4041},
+      {3, legendre, 0, 0, {1e16}, 4041},  // beside which the other points have no digits
+      {3, laguerre, 0, 0, {-1e200}, 4041},
   };
   for (const Refusal& c : refusals) {
     std::vector<double> x(3, 7), w(3, 8), fixed = c.fixed;

@@ -10,6 +10,7 @@
 #include <limits>
 #include <numbers>
 #include <numeric>
+#include <string>
 #include <vector>
 
 #include "tests/support/quiet.hpp"
@@ -125,6 +126,9 @@ TEST_F(IntFcn, TakesOddRanges) {
   EXPECT_EQ(zent_d_int_fcn_cauchy(root, 2, 2, 1, 0), 0);
   EXPECT_EQ(zent_d_int_fcn_smooth(root, 2, 2, 0), 0);
   EXPECT_EQ(zent_error_code(), 0);
+  const double inf = std::numeric_limits<double>::infinity();
+  EXPECT_TRUE(std::isnan(zent_d_int_fcn_cauchy(one, inf, inf, 1, 0)));
+  EXPECT_NE(zent_error_code(), 0);  // equal, but nothing that has an integral
   EXPECT_NEAR(zent_d_int_fcn_sing_pts(one, 1, 0, 3, p, 0), -1, 1e-15);
   EXPECT_EQ(zent_d_int_fcn_sing_pts(one, 0, 1, 1, outside, ZENT_ERR_EST, &error, 0), 0);
   EXPECT_EQ(zent_error_code(), 0);
@@ -203,6 +207,15 @@ TEST_F(IntFcn, WarnsOfRounding) {
   EXPECT_GE(zent_error_code(), 4008);
   EXPECT_LE(zent_error_code(), 4010);
   EXPECT_LT(error, 1e-12);
+  // The half line that stands for a frequency of 0 has no relative tolerance, and the message says so.
+  static std::string text;
+  zent_error_options(
+      ZENT_SET_PRINT, 3, 1, ZENT_ERROR_PRINT_PROC, +[](long, long, const char*, const char* t) { text = t; }, 0);
+  const auto noisy = [](double x) { return std::exp(-x) * (1 + 1e-6 * std::sin(1e9 * x)); };
+  EXPECT_NEAR(zent_d_int_fcn_fourier(noisy, 0, ZENT_COS, 0, ZENT_ERR_ABS, 1e-14, 0), 1, 1e-5);
+  EXPECT_EQ(zent_error_code(), 4008);
+  zent_error_options(ZENT_SET_PRINT, 3, 0, ZENT_ERROR_PRINT_PROC, nullptr, 0);
+  EXPECT_NE(text.find("err_rel = 0.0"), std::string::npos) << text;
 }
 
 double refused_machine(double x) {

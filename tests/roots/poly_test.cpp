@@ -149,6 +149,27 @@ TYPED_TEST(Polynomials, ResidualsAreOfTheSizeOfRounding) {
   }
 }
 
+// A leading coefficient at the end of the range: one zero out of range, which must not keep the others from their last digits, or
+// a derivative that is lost far inside the circle of the zeros.
+TYPED_TEST(Polynomials, LeastLeadingCoefficient) {
+  using F = Form<TypeParam>;
+  using Real = typename F::Real;
+  for (Family family : {multiple, circle}) {
+    for (long n : {28L, 42L}) {
+      std::vector<TypeParam> c = coefficients<TypeParam>(family, n);
+      c[n] = make<TypeParam>(std::numeric_limits<Real>::denorm_min(), 0);
+      std::vector<typename F::Complex> z(n);
+      F::zeros(n, c.data(), ZENT_RETURN_USER, z.data());
+      EXPECT_EQ(zent_error_code(), 0);
+      double worst = 0;
+      for (const auto& zero : z) {
+        if (std::isfinite(zero.re) && std::isfinite(zero.im)) worst = std::max(worst, residual(c, zero));
+      }
+      EXPECT_LE(worst, (10 + static_cast<double>(n)) * std::numeric_limits<Real>::epsilon()) << family << " " << n;
+    }
+  }
+}
+
 // Each zero is there as often as it should be: the product of the linear factors is the polynomial.
 TYPED_TEST(Polynomials, FactorsMultiplyToThePolynomial) {
   using F = Form<TypeParam>;
