@@ -11,25 +11,25 @@
 namespace zent::optimize {
 
 // The frame of the solver around a call of the user's function. Errors of library calls inside it are delivered to the user; what
-// they leave in this frame is taken back, so that one which the user has dealt with is not told again as the solver's.
+// they leave in this frame is taken back, so that one which the user has dealt with is not told again as the solver's. Frames
+// above it are those of calls that an error of the host cut off and the user caught.
 template <class Half>
 class UserFrame {
  public:
-  static UserFrame enter() {
-    const Frame* const top = error_state<Half>.top;
+  UserFrame() : own_(error_state<Half>.top), type_(own_->type), number_(own_->number) {
     user_frame<Half>(true);
-    return {top->type, top->number};
   }
   void leave() const {
     ErrorState& state = error_state<Half>;
+    state.top = own_;
     user_frame<Half>(false);
-    state.top->type = type_;
-    state.top->number = state.number_word[0] = number_;
+    own_->type = type_;
+    own_->number = state.number_word[0] = number_;
     state.type_word[0] = type_;
   }
 
  private:
-  UserFrame(unsigned char type, long number) : type_(type), number_(number) {}
+  Frame* own_;
   unsigned char type_;
   long number_;
 };
@@ -45,7 +45,7 @@ struct UserFunction {
     return plain != nullptr || with_data != nullptr;
   }
   Result operator()(Arguments... x) const {
-    const UserFrame<Half> frame = UserFrame<Half>::enter();
+    const UserFrame<Half> frame;
     if constexpr (std::is_void_v<Result>) {
       with_data != nullptr ? with_data(x..., data) : plain(x...);
       frame.leave();

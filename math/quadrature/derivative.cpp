@@ -4,6 +4,7 @@
 
 #include "runtime/envelope.hpp"
 #include "runtime/options.hpp"
+#include "runtime/user_call.hpp"
 #include "zent.h"
 
 namespace zent::derivative {
@@ -35,9 +36,9 @@ struct Probe {
   Real x, size, middle, near_left, near_right;
 
   Real at(Real place) {
-    user_frame<Math>(true);
+    Frame* const frame = enter_user<Math>();
     const Real value = q.with_data != nullptr ? q.with_data(place, q.data) : q.fcn(place);
-    user_frame<Math>(false);
+    leave_user<Math>(frame);
     return seen(value);
   }
   Real seen(Real value) {

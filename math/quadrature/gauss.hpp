@@ -181,7 +181,7 @@ bool l_points(long n, const Real* a, const Real* b, Real* x) {
   }
 }
 
-inline constexpr int corrections = 2;
+inline constexpr int corrections = 3;
 
 // Points and weights in the wide precision. `fixed` points have the weights of exactly themselves.
 template <class Real>
@@ -209,18 +209,18 @@ void l_polish(long n, const Real* a, const Real* b, const Real* inverse, Real ma
       x[i] += s.correction;
       if (x[i] == old) break;
       s = l_sum(n, a, b, inverse, x[i]);
-      if (std::abs(x[i] - old) <= Real(1e-6) * room) break;  // the quotient's error falls at least quadratically
+      if (std::abs(x[i] - old) <= Real(1e-9) * room) break;  // the quotient's error falls at least quadratically
     }
     w[i] = mass * s.weight;
   }
 }
 
-// Whether the weights still add up to the mass. A fixed point far away takes the digits of the eigenvalues beside it.
+// Whether the weights still add up to the mass, to half their digits. A fixed point far away takes those of the eigenvalues.
 template <class Real, class W>
 bool adds_up(long n, const W* w, W mass) {
   W sum = 0;
   for (long i = 0; i < n; ++i) sum += w[i];
-  return !(std::abs(sum - mass) > 64 * static_cast<W>(Machine<Real>::epsilon) * mass);
+  return !(std::abs(sum - mass) > static_cast<W>(std::sqrt(Machine<Real>::epsilon)) * mass);
 }
 
 inline void raise_no_memory(long n) {

@@ -6,6 +6,7 @@
 #include "runtime/error.hpp"
 #include "runtime/machine.hpp"
 #include "runtime/options.hpp"
+#include "runtime/user_call.hpp"
 #include "zent.h"
 
 namespace zent::hyper_rect {
@@ -21,9 +22,9 @@ struct Request {
 
   // At a point that the function may destroy.
   Real at(long ndim, Real* x) const {
-    user_frame<Math>(true);
+    Frame* const frame = enter_user<Math>();
     const Real value = with_data != nullptr ? with_data(ndim, x, data) : fcn(ndim, x);
-    user_frame<Math>(false);
+    leave_user<Math>(frame);
     return value;
   }
   // The function raised a fatal error: further calls would only repeat it.

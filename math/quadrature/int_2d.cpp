@@ -2,6 +2,7 @@
 #include "math/quadrature/int_fcn.hpp"
 #include "math/quadrature/smooth.hpp"
 #include "runtime/envelope.hpp"
+#include "runtime/user_call.hpp"
 #include "zent.h"
 
 namespace zent::quadrature {
@@ -28,16 +29,17 @@ struct Inner {
   using real = Real;
   Plane<Real>* plane;
   Real x;
+  mutable Frame* frame = nullptr;  // of the integrator, while the user's function runs
 
   Real operator()(Real y) const {
     ++plane->calls;
     return plane->with_data != nullptr ? plane->with_data(x, y, plane->data) : plane->fcn(x, y);
   }
   void begin() const {
-    user_frame<Math>(true);
+    frame = enter_user<Math>();
   }
   void end() const {
-    user_frame<Math>(false);
+    leave_user<Math>(frame);
   }
   bool given_up() const {
     return error_state<Math>.type_word[0] > 3;
@@ -58,9 +60,9 @@ struct Outer {
   }
   Real operator()(Real x) const {
     if (given_up()) return 0;
-    user_frame<Math>(true);
+    Frame* const frame = enter_user<Math>();
     const Real low = plane->g(x), high = plane->h(x);
-    user_frame<Math>(false);
+    leave_user<Math>(frame);
     if (given_up()) return 0;
     const Inner<Real> inner = {plane, x};
     const SmoothOutcome<Real> o = l_q3ng(inner, low, high, plane->o.err_abs, plane->o.err_rel);

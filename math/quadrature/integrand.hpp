@@ -3,6 +3,7 @@
 
 #include "runtime/error.hpp"
 #include "runtime/machine.hpp"
+#include "runtime/user_call.hpp"
 
 namespace zent::quadrature {
 
@@ -24,16 +25,17 @@ struct Integrand {
   Real (*with_data)(Real, void*);  // used when not null
   void* data;
   Origin origin;
+  mutable Frame* frame = nullptr;  // of the integrator, while f runs
 
   Real operator()(Real x) const {
     return with_data != nullptr ? with_data(x, data) : plain(x);
   }
   // Around a group of calls within which the library itself raises nothing.
   void begin() const {
-    if (origin == Origin::user) user_frame<Half>(true);
+    if (origin == Origin::user) frame = enter_user<Half>();
   }
   void end() const {
-    if (origin == Origin::user) user_frame<Half>(false);
+    if (origin == Origin::user) leave_user<Half>(frame);
   }
   // The function raised a fatal error, and further calls would only repeat it.
   bool given_up() const {
