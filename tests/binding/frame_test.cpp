@@ -34,7 +34,9 @@ TEST(Table, HasTheRowsOfTheReferenceWithTheirCountsAndHalves) {
     if (row.routine == nullptr) continue;
     EXPECT_EQ(row.routine->number, row.number);
     EXPECT_EQ(row.routine->position_count, row.most_positions) << row.number;
-    EXPECT_TRUE(row.number == 313 || std::strcmp(row.routine->label, row.label) == 0);
+    // A routine with several labels, or none, goes by its number in the table.
+    const bool by_number = std::strncmp(row.label, "MATHSTAT_", 9) == 0;
+    EXPECT_TRUE(by_number || std::strcmp(row.routine->label, row.label) == 0) << row.number;
     std::set<std::string> names;
     for (int k = 0; k < row.routine->position_count; ++k) {
       const std::string name = row.routine->positions[k].name;
