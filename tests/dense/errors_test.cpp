@@ -115,7 +115,10 @@ TEST(Refusals, Memory) {
   be_quiet();
   double* out = nullptr;
   const int huge = 2147483647;
-  EXPECT_EQ(zent_d_lin_sol_gen(1, a, b, ZENT_FAC_COL_DIM, huge, 0) == nullptr, error_number() == 201);
+  // A machine may have room for a factor of one row as wide as this.
+  double* x = zent_d_lin_sol_gen(1, a, b, ZENT_FAC_COL_DIM, huge, 0);
+  EXPECT_EQ(x == nullptr, error_number() == 201);
+  zent_free_allocated_memory(x);
   const long n = 1L << 62;
   EXPECT_EQ(zent_d_lin_sol_gen(n, a, nullptr, ZENT_A_COL_DIM, huge, ZENT_INVERSE_ONLY, ZENT_INVERSE, &out, 0), nullptr);
   EXPECT_EQ(error_number(), 1014);
