@@ -85,6 +85,7 @@ Real l_min_uncon(UnivariateOptions<Real> p, Options& options) {
   if (!acceptable(p, false, xacc)) return Machine<Real>::not_a_number;
   ValueSearch<Math, Real> search = {.f = p.fcn, .a = p.a, .b = p.b, .xacc = xacc, .max_fcn = p.max_fcn};
   const End end = search.run(p.xguess, std::isfinite(p.step) ? p.step : Real(0));
+  if (stands_above<Math>(3)) return Machine<Real>::not_a_number;
   if (end == End::at_bound) raise<Math>(3, MATH_MIN_AT_BOUND, {.r = {static_cast<double>(search.mid.x)}});
   if (end == End::no_progress) raise<Math>(3, MATH_NO_MORE_PROGRESS);
   if (end == End::limit) raise<Math>(3, MATH_TOO_MANY_FCN_EVAL, {.i = {p.max_fcn}});
@@ -104,6 +105,7 @@ Real l_min_uncon_deriv(UnivariateOptions<Real> p, Options& options) {
                                     .err_rel = std::max(p.err_rel, Real(0)),
                                     .max_fcn = p.max_fcn};
   const End end = search.run(p.xguess);
+  if (stands_above<Math>(3)) return Machine<Real>::not_a_number;
   const Point<Real>& best = search.best;
   if (end == End::at_bound) {
     raise<Math>(3, best.x == p.a ? MATH_MIN_AT_LOWERBOUND : MATH_MIN_AT_UPPERBOUND, {.r = {static_cast<double>(best.x)}});

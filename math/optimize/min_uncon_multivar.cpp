@@ -65,7 +65,8 @@ Real* l_min_uncon_multivar(MultivariateOptions<Real> p, long n, Options& options
   repair_record<Math>(n, xscale, record);
   p.common.start(n, solver.x);
   if (!given(record.max_step)) record.max_step = default_max_step(n, solver.x, xscale);
-  if (!l_u18nf<Math>(solver.minimize(), record)) return nullptr;
+  const long ended = solver.minimize();
+  if (stands_above<Math>(3) || !l_u18nf<Math>(ended, record)) return nullptr;
   std::copy(solver.x, solver.x + n, x);
   if (p.fvalue != nullptr) *p.fvalue = solver.f;
   keep<Math>(x);

@@ -238,7 +238,8 @@ Real* l_nonlin_least_squares(LeastSquaresOptions<Real> p, long m, long n, Option
   }
   repair_record<Math>(n, xscale, record);
   p.common.start(n, solver.x);
-  if (!l_u18nf<Math>(solver.minimize(), record)) return nullptr;
+  const long ended = solver.minimize();
+  if (stands_above<Math>(3) || !l_u18nf<Math>(ended, record)) return nullptr;
   std::copy(solver.x, solver.x + n, x);
   report_solution(p, solver);
   for (const Output<Real>& output : {p.fvec, p.fjac, p.covariance, p.r_factor}) output.hand_over();

@@ -5,36 +5,13 @@
 #include <cmath>
 #include <type_traits>
 
-#include "runtime/error.hpp"
 #include "runtime/machine.hpp"
+#include "runtime/user_call.hpp"
 
 namespace zent::optimize {
 
-// The frame of the solver around a call of the user's function. Errors of library calls inside it are delivered to the user; what
-// they leave in this frame is taken back, so that one which the user has dealt with is not told again as the solver's. Frames
-// above it are those of calls that an error of the host cut off and the user caught.
-template <class Half>
-class UserFrame {
- public:
-  UserFrame() : own_(error_state<Half>.top), type_(own_->type), number_(own_->number) {
-    user_frame<Half>(true);
-  }
-  void leave() const {
-    ErrorState& state = error_state<Half>;
-    state.top = own_;
-    user_frame<Half>(false);
-    own_->type = type_;
-    own_->number = state.number_word[0] = number_;
-    state.type_word[0] = type_;
-  }
-
- private:
-  Frame* own_;
-  unsigned char type_;
-  long number_;
-};
-
-// f(arguments...), or f(arguments..., data).
+// f(arguments...), or f(arguments..., data). Once a fatal error has come out of one, which is the end of the search, nothing is
+// called any more.
 template <class Half, class Result, class... Arguments>
 struct UserFunction {
   Result (*plain)(Arguments...) = nullptr;
@@ -45,15 +22,14 @@ struct UserFunction {
     return plain != nullptr || with_data != nullptr;
   }
   Result operator()(Arguments... x) const {
-    const UserFrame<Half> frame;
-    if constexpr (std::is_void_v<Result>) {
-      with_data != nullptr ? with_data(x..., data) : plain(x...);
-      frame.leave();
-    } else {
-      const Result value = with_data != nullptr ? with_data(x..., data) : plain(x...);
-      frame.leave();
-      return value;
+    if (stands_above<Half>(3)) [[unlikely]] {
+      if constexpr (std::is_void_v<Result>) {
+        return;
+      } else {
+        return Machine<Result>::not_a_number;
+      }
     }
+    return user_call<Half>([&] { return with_data != nullptr ? with_data(x..., data) : plain(x...); });
   }
 };
 

@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "math/roots/user_call.hpp"
 #include "runtime/kernels/fast.hpp"
+#include "runtime/machine.hpp"
+#include "runtime/scratch.hpp"
+#include "runtime/user_call.hpp"
 
 namespace zent::roots {
 
@@ -21,11 +23,17 @@ struct System {
   bool has_jacobian() const {
     return jacobian != nullptr || jacobian_with_data != nullptr;
   }
+  // A fatal error that came out of a function is the end: what is not a number ends every search.
   void evaluate(long n, Real* x, Real* f) const {
-    user_call([&] { with_data != nullptr ? with_data(n, x, f, data) : plain(n, x, f); });
+    user_call<Math>([&] { with_data != nullptr ? with_data(n, x, f, data) : plain(n, x, f); });
+    if (stands_above<Math>(3)) [[unlikely]]
+      f[0] = Machine<Real>::not_a_number;
   }
   void differentiate(long n, Real* x, Real* fjac) const {
-    user_call([&] { jacobian_with_data != nullptr ? jacobian_with_data(n, x, fjac, jacobian_data) : jacobian(n, x, fjac); });
+    user_call<Math>(
+        [&] { jacobian_with_data != nullptr ? jacobian_with_data(n, x, fjac, jacobian_data) : jacobian(n, x, fjac); });
+    if (stands_above<Math>(3)) [[unlikely]]
+      fjac[0] = Machine<Real>::not_a_number;
   }
 };
 
@@ -154,7 +162,7 @@ class Hybrid {
         ++calls_;
         for (long i = 0; i < n_; ++i) column[i] = (column[i] - f[i]) / h;
         if (all_finite(n_, column)) break;
-        if (side == 1) return false;
+        if (side == 1 || stands_above<Math>(3)) return false;
       }
     }
     return true;
@@ -258,7 +266,7 @@ class Hybrid {
     }
     const Real pnorm = scaled_norm(p_);
     if (!std::isfinite(pnorm)) return Ending::standstill;
-    if (first_) delta_ = std::fmin(delta_, pnorm);
+    if (iteration_ == 1) delta_ = std::fmin(delta_, pnorm);
     first_ = false;
     system_->evaluate(n_, trial_, trial_f_);
     ++calls_;
@@ -314,6 +322,7 @@ class Hybrid {
         xnorm_ = fast::nrm2(n_, trial_, 1);
       }
       fnorm_ = fnorm;
+      ++iteration_;
     }
     ++slow_steps_;
     if (actual >= Real(0.001)) slow_steps_ = 0;
@@ -331,6 +340,7 @@ class Hybrid {
   Ending l_outside(Real err_rel, long limit, Real pnorm) {
     successes_ = 0;
     delta_ = std::fmin(delta_, pnorm) / 2;
+    if (stands_above<Math>(3)) return Ending::standstill;
     if (calls_ >= limit) return Ending::limit;
     return delta_ <= std::fmax(err_rel, eps) * xnorm_ || delta_ == 0 ? Ending::standstill : Ending::none;
   }
@@ -401,6 +411,7 @@ class Hybrid {
   Turn<Real>*turn_v_, *turn_w_;
   Real fnorm_ = 0, xnorm_ = 0, delta_ = 0;
   int successes_ = 0, failures_ = 0, slow_steps_ = 0, slow_jacobians_ = 0;
+  long iteration_ = 1;  // one more than the points accepted
   bool first_ = true;
 };
 

@@ -1,5 +1,9 @@
 // Real zeros of a function of one variable.
-#include "math/roots/user_call.hpp"
+#include <cmath>
+
+#include "runtime/envelope.hpp"
+#include "runtime/options.hpp"
+#include "runtime/user_call.hpp"
 #include "zent.h"
 
 namespace zent::roots {
@@ -12,10 +16,14 @@ struct Function {
   Real (*with_data)(Real, void*);
   void* data;
 
+  // A terminal error came out of the function: the searches end without further calls, and nothing is returned.
+  static bool lost() {
+    return stands_above<Math>(4);
+  }
   Real operator()(Real x) const {
-    Real f = 0;
-    user_call([&] { f = with_data != nullptr ? with_data(x, data) : plain(x); });
-    return f;
+    if (lost()) [[unlikely]]
+      return Machine<Real>::not_a_number;
+    return user_call<Math>([&] { return with_data != nullptr ? with_data(x, data) : plain(x); });
   }
 };
 
@@ -106,7 +114,7 @@ class Search {
   bool run() {
     start(0);
     for (;;) {
-      if (count + 1 >= o_.max_evals) return false;
+      if (count + 1 >= o_.max_evals || Function<Real>::lost()) return false;
       Real deflated;
       const Real f = fcn_(point);
       if (!deflate(f, deflated)) continue;
@@ -195,7 +203,7 @@ class Search {
     const Real discriminant = g * g - 4 * f2 * lambda_ * den * (f0 * lambda_ - f1 * den + f2);
     const Real root = discriminant <= 0 ? 0 : std::sqrt(discriminant);
     Real den2 = std::abs(g - root) > std::abs(g + root) ? g - root : g + root;
-    if (den2 == 0) den2 = 1;
+    if (den2 == 0) den2 = std::ldexp(Real(1), shift);  // the 1 of the values as they were
     const Real lambda = -2 * den * f2 / den2, h = h_ * lambda;
     if (std::isfinite(lambda) && std::isfinite(point + h)) {
       lambda_ = lambda;
@@ -226,6 +234,7 @@ void l_zreal(const Function<Real>& fcn, const FunctionOptions<Real>& o, long* in
     const bool converged = search.run();
     roots[k] = search.point;
     info[k] = converged ? search.count : o.max_evals + 1;
+    if (Function<Real>::lost()) return;
     if (!converged) raise<Math>(3, MATH_NO_CONVERGE_MAX_ITER, {.i = {o.max_evals, o.num_roots}});
   }
 }
@@ -249,6 +258,7 @@ Real* l_zeros_fcn(Real (*plain)(Real), Options& list) {
   for (long k = 0; k < o.num_roots && guess != nullptr; ++k) guess[k] = o.guess[k];
   o.guess = guess;
   l_zreal(fcn, o, info, roots);
+  if (fcn.lost()) return nullptr;
   for (long k = 0; k < o.num_roots && o.info_user != nullptr; ++k) o.info_user[k] = info[k];
   if (o.info_pointer != nullptr) {
     keep<Math>(info);

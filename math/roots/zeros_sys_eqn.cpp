@@ -1,5 +1,7 @@
 // A zero of a system of nonlinear equations.
 #include "math/roots/hybrid.hpp"
+#include "runtime/envelope.hpp"
+#include "runtime/options.hpp"
 #include "zent.h"
 
 namespace zent::roots {
@@ -98,7 +100,9 @@ Real* l_zeros_sys_eqn(typename System<Real>::Plain fcn, long n, Options& list) {
   }
   for (long j = 0; j < n; ++j) hybrid.x[j] = o.guess != nullptr ? o.guess[j] : 0;
   const long limit = l_limit(system, n, o.max_evals);
-  report(hybrid.run(o.err_rel, limit), o.err_rel, limit);
+  const Ending ending = hybrid.run(o.err_rel, limit);
+  if (stands_above<Math>(3)) return nullptr;
+  report(ending, o.err_rel, limit);
   for (long j = 0; j < n; ++j) solution[j] = hybrid.x[j];
   if (o.fnorm != nullptr) {
     Real sum = 0;

@@ -335,7 +335,6 @@ void noisy(long m, long n, double* x, double* f, void* data) {
   double* const inner = zent_d_nonlin_least_squares(line<double>, points, 2, 0);  // calls inside calls
   for (long i = 0; i < m; ++i) f[i] += inner[0] - 2;
   zent_free_allocated_memory(inner);
-  zent_d_nonlin_least_squares(nullptr, m, n, 0);  // an error inside is the user's affair
 }
 TEST(NonlinearLeastSquaresEdges, CallsInsideCalls) {
   be_quiet();
@@ -346,6 +345,38 @@ TEST(NonlinearLeastSquaresEdges, CallsInsideCalls) {
   EXPECT_NEAR(x[1], 3, 0.1);
   EXPECT_GT(count, 3);
   zent_free_allocated_memory(x);
+}
+// An error of an inner call that nobody deals with ends the outer one, after whatever call it happened.
+void breaking(long m, long n, double* x, double* f, void* sound_calls) {
+  if ((*static_cast<long*>(sound_calls))-- <= 0) zent_d_nonlin_least_squares(nullptr, 0, n, 0);
+  line(m, n, x, f);
+}
+double breaking_norm(long n, double* x, void* sound_calls) {
+  double f[points], sum = 0;
+  breaking(points, n, x, f, sound_calls);
+  for (double v : f) sum += v * v;
+  return sum;
+}
+double breaking_parabola(double x, void* sound_calls) {
+  double place[2] = {x, 0};
+  return breaking_norm(2, place, sound_calls);
+}
+TEST(NonlinearLeastSquaresEdges, FatalErrorInsideEndsTheSearch) {
+  be_quiet();
+  for (long sound = 0; sound < 7; ++sound) {
+    for (int solver = 0; solver < 3; ++solver) {
+      long calls = sound;
+      if (solver == 0) {
+        EXPECT_EQ(zent_d_nonlin_least_squares(nullptr, points, 2, ZENT_FCN_W_DATA, breaking, &calls, 0), nullptr);
+      } else if (solver == 1) {
+        EXPECT_EQ(zent_d_min_uncon_multivar(nullptr, 2, ZENT_FCN_W_DATA, breaking_norm, &calls, 0), nullptr);
+      } else {
+        EXPECT_TRUE(std::isnan(zent_d_min_uncon(nullptr, -9, 9, ZENT_FCN_W_DATA, breaking_parabola, &calls, 0)));
+      }
+      EXPECT_EQ(zent_error_type(), 5);
+      EXPECT_EQ(calls, -1) << solver;  // nothing is called any more
+    }
+  }
 }
 
 // The step solves (J^T J + alpha D^2) p = -J^T f, with |D p| in its range.

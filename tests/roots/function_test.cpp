@@ -211,8 +211,13 @@ TYPED_TEST(Zeros, BadArguments) {
 double half_of_inner(double x) {
   double inner;
   zent_d_zeros_fcn(square<double>, ZENT_XGUESS, &x, ZENT_RETURN_USER, &inner, 0);
-  zent_d_zeros_fcn(nullptr, 0);
   return x - inner / 2;
+}
+long calls_of_broken;
+double broken(double x) {
+  ++calls_of_broken;
+  zent_d_zeros_fcn(nullptr, 0);
+  return x - 3;
 }
 TEST(Nested, TheSameRoutineInsideItself) {
   be_quiet();
@@ -220,6 +225,14 @@ TEST(Nested, TheSameRoutineInsideItself) {
   EXPECT_EQ(zent_d_zeros_fcn(half_of_inner, ZENT_XGUESS, &guess, ZENT_RETURN_USER, &x, 0), &x);
   EXPECT_EQ(zent_error_type(), 0);
   EXPECT_NEAR(x, std::sqrt(0.5), 1e-7);
+}
+TEST(Nested, TerminalErrorInsideEndsTheSearch) {
+  be_quiet();
+  calls_of_broken = 0;
+  double x;
+  EXPECT_EQ(zent_d_zeros_fcn(broken, ZENT_RETURN_USER, &x, ZENT_NUM_ROOTS, 1, 0), nullptr);
+  EXPECT_EQ(zent_error_code(), MATH_REQ_ARGUMENT_IS_NULL);
+  EXPECT_EQ(calls_of_broken, 1);
 }
 
 }  // namespace

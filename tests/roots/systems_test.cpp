@@ -259,12 +259,17 @@ TYPED_TEST(Systems, BadArguments) {
   EXPECT_EQ(x[0], 7);
 }
 
-// The function solves another system at each call, and one that fails; neither is an error of the outer call.
+// The function solves another system at each call.
 void nested(long, double* x, double* f) {
   double start[2] = {x[0], 1}, inner[2];
   zent_d_zeros_sys_eqn(plain_pair<double>, 2, ZENT_XGUESS, start, ZENT_RETURN_USER, inner, 0);
-  zent_d_zeros_sys_eqn(plain_pair<double>, -1, 0);
   f[0] = x[0] - 2 * inner[0];
+}
+// An error of an inner call that nobody deals with ends the outer one, wherever it happens.
+long sound_calls;
+void breaking(long, double* x, double* f) {
+  if (sound_calls-- <= 0) zent_d_zeros_sys_eqn(plain_pair<double>, -1, 0);
+  f[0] = x[0] * x[0] - 2;
 }
 TEST(NestedSystems, TheSameRoutineInsideItself) {
   be_quiet();
@@ -272,6 +277,16 @@ TEST(NestedSystems, TheSameRoutineInsideItself) {
   ASSERT_EQ(zent_d_zeros_sys_eqn(nested, 1, ZENT_XGUESS, start, ZENT_RETURN_USER, x, 0), x);
   EXPECT_EQ(zent_error_type(), 0);
   EXPECT_NEAR(x[0], 2 * std::log(2.0), 1e-7);
+}
+TEST(NestedSystems, FatalErrorInsideEndsTheSearch) {
+  be_quiet();
+  for (long sound = 0; sound < 4; ++sound) {
+    sound_calls = sound;
+    double x[1], start[1] = {1};
+    EXPECT_EQ(zent_d_zeros_sys_eqn(breaking, 1, ZENT_XGUESS, start, ZENT_RETURN_USER, x, 0), nullptr);
+    EXPECT_EQ(zent_error_code(), MATH_NUMBER_EQUN_UNKN_LT_1);
+    EXPECT_EQ(sound_calls, -1);
+  }
 }
 
 }  // namespace
