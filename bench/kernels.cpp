@@ -140,10 +140,11 @@ void ger(benchmark::State& state, long n) {
   Square<double> s(n);
   best_of(state, 2 * square(n), [&] { fast::ger(n, n, 1e-9, s.b.data(), 1, s.c.data(), 1, s.a.data(), n); });
 }
+template <char op>
 void trsv(benchmark::State& state, long n) {
   Square<double> s(n);
   s.dominate(n);
-  best_of(state, square(n), [&] { fast::trsv('L', 'N', 'N', n, s.a.data(), n, s.b.data(), 1); });
+  best_of(state, square(n), [&] { fast::trsv('L', op, 'N', n, s.a.data(), n, s.b.data(), 1); });
 }
 void dot(benchmark::State& state, long n) {
   const auto x = random_array<double>(n), y = random_array<double>(n);
@@ -157,6 +158,10 @@ void axpy(benchmark::State& state, long n) {
 void nrm2(benchmark::State& state, long n) {
   const auto x = random_array<double>(n);
   best_of(state, 2 * static_cast<double>(n), [&] { benchmark::DoNotOptimize(fast::nrm2(n, x.data(), 1)); });
+}
+void iamax(benchmark::State& state, long n) {
+  const auto x = random_array<double>(n);
+  best_of(state, static_cast<double>(n), [&] { benchmark::DoNotOptimize(fast::iamax(n, x.data(), 1)); });
 }
 // 16 sequences at a time over an n by n matrix, as a back-accumulation does it.
 template <bool plain>
@@ -227,12 +232,16 @@ void openblas_ger(benchmark::State& state, long n) {
   const int k = static_cast<int>(n);
   best_of(state, 2 * square(n), [&] { cblas_dger(CblasColMajor, k, k, 1e-9, s.b.data(), 1, s.c.data(), 1, s.a.data(), k); });
 }
+template <CBLAS_TRANSPOSE op>
 void openblas_trsv(benchmark::State& state, long n) {
   Square<double> s(n);
   s.dominate(n);
   const int k = static_cast<int>(n);
-  best_of(state, square(n),
-          [&] { cblas_dtrsv(CblasColMajor, CblasLower, CblasNoTrans, CblasNonUnit, k, s.a.data(), k, s.b.data(), 1); });
+  best_of(state, square(n), [&] { cblas_dtrsv(CblasColMajor, CblasLower, op, CblasNonUnit, k, s.a.data(), k, s.b.data(), 1); });
+}
+void openblas_iamax(benchmark::State& state, long n) {
+  const auto x = random_array<double>(n);
+  best_of(state, static_cast<double>(n), [&] { benchmark::DoNotOptimize(cblas_idamax(static_cast<int>(n), x.data(), 1)); });
 }
 void openblas_dot(benchmark::State& state, long n) {
   const auto x = random_array<double>(n), y = random_array<double>(n);
@@ -310,9 +319,11 @@ void add_all() {
   ZENT_PAIR("gemv_t", gemv<'T'>, openblas_gemv<CblasTrans>, 16L, 100L, 1000L)
   ZENT_PAIR("symv", symv, openblas_symv, 16L, 100L, 300L, 1000L)
   ZENT_PAIR("ger", ger, openblas_ger, 16L, 100L, 1000L)
-  ZENT_PAIR("trsv", trsv, openblas_trsv, 16L, 100L, 1000L)
+  ZENT_PAIR("trsv_n", trsv<'N'>, openblas_trsv<CblasNoTrans>, 16L, 100L, 1000L)
+  ZENT_PAIR("trsv_t", trsv<'T'>, openblas_trsv<CblasTrans>, 16L, 100L, 1000L)
   ZENT_PAIR("dot", dot, openblas_dot, 8L, 100L, 1000L)
   ZENT_PAIR("axpy", axpy, openblas_axpy, 8L, 100L, 1000L)
+  ZENT_PAIR("iamax", iamax, openblas_iamax, 8L, 100L, 1000L)
   ZENT_PAIR("nrm2", nrm2, openblas_nrm2, 8L, 100L, 1000L)
   add("trsm_right", trsm<'R', 'T'>, 500);
   for (long n : {100L, 300L, 1000L}) {

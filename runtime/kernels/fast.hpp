@@ -61,7 +61,7 @@ void swap(long n, T* x, long incx, T* y, long incy) {
 template <class T, class Factor>
 void scal(long n, Factor alpha, T* x, long incx) {
   if (n < 1) return;
-  if (incx != 1 && incx != -1) return kernel::scal(n, alpha, x, incx);
+  if (incx != 1) return kernel::scal(n, alpha, x, incx);
   if constexpr (kernel::ComplexRecord<T> && !kernel::ComplexRecord<Factor>) {
     using Real = RealOf<T>;
     kernels<Real>().scal(2 * n, static_cast<Real>(alpha), reinterpret_cast<Real*>(x));
@@ -95,7 +95,7 @@ T dot(long n, const T* x, long incx, const T* y, long incy) {
 template <class T>
 RealOf<T> asum(long n, const T* x, long incx) {
   if (n < 1) return 0;
-  return incx == 1 || incx == -1 ? kernels<T>().asum(n, x) : kernel::asum(n, x, incx);
+  return incx == 1 ? kernels<T>().asum(n, x) : kernel::asum(n, x, incx);
 }
 
 // The plain sum of squares serves when it is far from both ends of the range: what underflowed is then below its rounding.
@@ -122,6 +122,21 @@ template <class T>
 void rot(long n, T* x, long incx, T* y, long incy, RealOf<T> c, RealOf<T> s) {
   if (n < 1) return;
   contiguous(incx, incy) ? kernels<T>().rot(n, x, y, c, s) : kernel::rot(n, x, incx, y, incy, c, s);
+}
+
+// p as a divisor of many.
+template <class T>
+Divisor<RealOf<T>> divisor(T p) {
+  if constexpr (kernel::ComplexRecord<T>) {
+    if (std::abs(p.re) >= std::abs(p.im)) {
+      const auto ratio = p.im / p.re;
+      return {1, ratio, p.re + p.im * ratio};
+    }
+    const auto ratio = p.re / p.im;
+    return {ratio, 1, p.re * ratio + p.im};
+  } else {
+    return {1, 0, p};
+  }
 }
 
 // As kernel::rot_columns.

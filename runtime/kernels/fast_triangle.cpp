@@ -35,20 +35,6 @@ Triangle<T> triangle_of(char uplo, char trans, char diag, const T* a, long lda) 
   return {a, lda, is_flag(uplo, 'U') == (op == Op::none), op, is_flag(diag, 'U')};
 }
 
-template <class T>
-Divisor<RealOf<T>> divisor(T p) {
-  if constexpr (kernel::ComplexRecord<T>) {
-    if (std::abs(p.re) >= std::abs(p.im)) {
-      const auto ratio = p.im / p.re;
-      return {1, ratio, p.re + p.im * ratio};
-    }
-    const auto ratio = p.re / p.im;
-    return {ratio, 1, p.re * ratio + p.im};
-  } else {
-    return {1, 0, p};
-  }
-}
-
 // The triangle T of X T = B in the order in which its columns are solved: T(k, j) for k before j.
 template <class T>
 struct SolveBlock {

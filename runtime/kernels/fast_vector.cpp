@@ -40,7 +40,7 @@ template <class T>
 void scale_vector(long n, T beta, T* y, long incy) {
   if (beta == kernel::from_real<T>(1)) return;
   if (beta == T{}) return kernel::scale_or_clear(n, beta, Strided<T>(n, y, incy));
-  scal(n, beta, y, incy);
+  scal(n, beta, y, std::abs(incy));
 }
 
 }  // namespace
@@ -77,54 +77,33 @@ void gemv(char trans, long m, long n, Scalar<T> alpha, const T* a, long lda, con
   }
 }
 
-namespace {
-
-// Columns that symv takes together.
-constexpr long symmetric_group = 4;
-
-// The block on the diagonal: n is too small for anything but plain loops.
-template <class T>
-void multiply_diagonal_block(bool upper, long n, T alpha, const T* a, long lda, const T* x, T* y) {
-  for (long j = 0; j < n; ++j) {
-    const T factor = alpha * x[j];
-    T sum{};
-    for (long i = upper ? 0 : j + 1; i < (upper ? j : n); ++i) {
-      y[i] += factor * a[i + j * lda];
-      sum += conj(a[i + j * lda]) * x[i];
-    }
-    y[j] += kernel::real(a[j + j * lda]) * factor + alpha * sum;
-  }
-}
-
-}  // namespace
-
 template <class T>
 void symv(char uplo, long n, Scalar<T> alpha, const T* a, long lda, const T* x, long incx, Scalar<T> beta, T* y, long incy) {
+  constexpr long group = 8;
   if (n < 1) return;
   scale_vector(n, T{beta}, y, incy);
   if (alpha == T{}) return;
-  const T one = kernel::from_real<T>(1);
-  const T* u = gather(0, n, x, incx);
-  T* v = gather(1, n, y, incy);
-  if (u == nullptr || v == nullptr) return kernel::symv(uplo, n, alpha, a, lda, x, incx, one, y, incy);
+  if (n + padding > gather_bytes / static_cast<long>(sizeof(T))) {
+    return kernel::symv(uplo, n, alpha, a, lda, x, incx, kernel::from_real<T>(1), y, incy);
+  }
+  T* u = reinterpret_cast<T*>(pack_b);
+  T* sum = reinterpret_cast<T*>(pack_b + gather_bytes);
+  copy(n, x, incx, u, 1);
+  std::fill_n(u + n, padding, T{});
+  std::fill_n(sum, n + padding, T{});
   const bool upper = is_flag(uplo, 'U');
-  constexpr long group = symmetric_group;
-  for (long j = 0; j < n; j += group) {
-    const long count = std::min(group, n - j);
-    const long first = upper ? 0 : j + count, length = upper ? j : n - first;
-    const T* block = a + first + j * lda;
+  // Columns come in the order in which those that are done have no more rows in common with the diagonal of those to come.
+  const long groups = (n + group - 1) / group;
+  for (long step = 0; step < groups; ++step) {
+    const long j = (upper ? groups - 1 - step : step) * group, count = std::min(group, n - j);
     T factors[group], sums[group];
     for (long i = 0; i < count; ++i) factors[i] = alpha * u[j + i];
-    if (count == group) {
-      kernels<T>().mirror_columns(length, block, lda, factors, u + first, v + first, sums);
-    } else {
-      kernels<T>().add_columns(length, count, block, lda, factors, v + first);
-      kernels<T>().dot_columns(true, length, count, block, lda, u + first, sums);
+    kernels<T>().mirror_columns(upper, n, j, count, a, lda, factors, u, sum, sums);
+    for (long i = 0; i < count; ++i) {
+      sum[j + i] += alpha * sums[i] + kernel::real(a[(j + i) * (lda + 1)]) * factors[i];
     }
-    for (long i = 0; i < count; ++i) v[j + i] += alpha * sums[i];
-    multiply_diagonal_block(upper, count, T{alpha}, a + j + j * lda, lda, u + j, v + j);
   }
-  scatter(n, v, y, incy);
+  axpy(n, kernel::from_real<T>(1), sum, 1, y, incy);
 }
 
 namespace {
@@ -188,7 +167,7 @@ void syr2(char uplo, long n, Scalar<T> alpha, const T* x, long incx, const T* y,
 
 namespace {
 
-constexpr long solve_group = 16;
+constexpr long solve_group = substitute_order;
 
 // Takes a solved group of unknowns out of the others. An unknown that is 0 takes nothing away, whatever its column holds.
 template <class T>
@@ -205,6 +184,21 @@ void eliminate(long length, long count, const T* block, long lda, const T* solve
   }
 }
 
+// The triangle of a whole group on the diagonal at `a`. Backwards the unknowns come in the order 7, 6, ..., 0.
+template <class T>
+void solve_diagonal_group(Op op, bool backward, bool unit, const T* a, long lda, T* x) {
+  constexpr long last = substitute_order - 1;
+  const long from = backward ? last : 0, sign = backward ? -1 : 1;
+  const long row = sign * (op == Op::none ? 1 : lda), column = sign * (op == Op::none ? lda : 1);
+  Divisor<RealOf<T>> divisors[substitute_order];
+  for (long i = 0; i <= last && !unit; ++i) {
+    const long at = from + sign * i;
+    divisors[i] = divisor(kernel::conj_if(op == Op::conjugate, a[at + at * lda]));
+  }
+  kernels<T>().substitute(op == Op::conjugate, op == Op::none, a + from * (lda + 1), row, column, unit ? nullptr : divisors,
+                          x + from, sign);
+}
+
 }  // namespace
 
 template <class T>
@@ -212,7 +206,7 @@ void trsv(char uplo, char trans, char diag, long n, const T* a, long lda, T* x, 
   if (n < 1) return;
   T* v = gather(0, n, x, incx);
   if (v == nullptr) return kernel::trsv(uplo, trans, diag, n, a, lda, x, incx);
-  const bool upper = is_flag(uplo, 'U');
+  const bool upper = is_flag(uplo, 'U'), unit = is_flag(diag, 'U');
   const Op op = op_of<T>(trans);
   const bool backward = upper == (op == Op::none);
   for (long done = 0; done < n; done += solve_group) {
@@ -220,13 +214,17 @@ void trsv(char uplo, char trans, char diag, long n, const T* a, long lda, T* x, 
     const long j = backward ? n - done - count : done;
     const long first = upper ? 0 : j + count, length = upper ? j : n - first;
     const T* block = a + first + j * lda;
-    if (op != Op::none) {
+    if (op != Op::none && length > 0) {
       T sums[solve_group];
       kernels<T>().dot_columns(op == Op::conjugate, length, count, block, lda, v + first, sums);
       for (long i = 0; i < count; ++i) v[j + i] -= sums[i];
     }
-    kernel::trsv(uplo, trans, diag, count, a + j + j * lda, lda, v + j, 1);
-    if (op == Op::none) eliminate(length, count, block, lda, v + j, v + first);
+    if (count == solve_group) {
+      solve_diagonal_group(op, backward, unit, a + j + j * lda, lda, v + j);
+    } else {
+      kernel::trsv(uplo, trans, diag, count, a + j + j * lda, lda, v + j, 1);
+    }
+    if (op == Op::none && length > 0) eliminate(length, count, block, lda, v + j, v + first);
   }
   scatter(n, v, x, incx);
 }

@@ -1,4 +1,6 @@
-// Vector primitives on strided arrays, real and complex. A negative increment walks the array from its far end, in every routine.
+// Vector primitives on strided arrays, real and complex. A negative increment walks the array from its far end; the routines of
+// one vector that are older than that rule in the BLAS (scal, asum, iamax) do nothing, or yield 0, unless the increment is
+// positive.
 #pragma once
 
 #include <limits>
@@ -39,6 +41,7 @@ void swap(long n, T* x, long incx, T* y, long incy) {
 // The factor may be of the element type or, for complex elements, real.
 template <class T, class Factor>
 void scal(long n, Factor alpha, T* x, long incx) {
+  if (incx < 1) return;
   const Strided v(n, x, incx);
   for (long i = 0; i < n; ++i) v[i] = alpha * v[i];
 }
@@ -78,17 +81,18 @@ T dot(long n, const T* x, long incx, const T* y, long incy) {
 
 template <class T>
 RealOf<T> asum(long n, const T* x, long incx) {
+  if (incx < 1) return 0;
   const Strided v(n, x, incx);
   RealOf<T> sum = 0;
   for (long i = 0; i < n; ++i) sum += abs1(v[i]);
   return sum;
 }
 
-// 1-based position, in the order of the walk, of the first element of largest modulus |re| + |im|; 0 if there is none. A
-// not-a-number never replaces what was found before it, and stays when it comes first.
+// 1-based position of the first element of largest modulus |re| + |im|; 0 if there is none. A not-a-number never replaces what
+// was found before it, and stays when it comes first.
 template <class T>
 long iamax(long n, const T* x, long incx) {
-  if (n < 1) return 0;
+  if (n < 1 || incx < 1) return 0;
   const Strided v(n, x, incx);
   long best = 0;
   RealOf<T> largest = abs1(v[0]);

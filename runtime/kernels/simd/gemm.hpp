@@ -128,6 +128,58 @@ void tile(const Product<T>& p, const T* a_start, const T* b_start, T* c, long co
   write_tile<T, vectors, width>(p, sums, c, columns, last);
 }
 
+#if ZENT_VECTOR_BYTES == 64
+// A tile of at most half a vector, at half the price.
+template <class Real>
+struct Half;
+template <>
+struct Half<double> {
+  __m256d v;
+  ZENT_INLINE static Half load(unsigned mask, const double* p) {
+    return {_mm256_maskz_loadu_pd(static_cast<__mmask8>(mask), p)};
+  }
+  ZENT_INLINE void add(Half x, double factor) {
+    v = _mm256_fmadd_pd(x.v, _mm256_set1_pd(factor), v);
+  }
+  ZENT_INLINE DoubleVector whole() const {
+    return _mm512_maskz_broadcast_f64x4(0xff, v);
+  }
+};
+template <>
+struct Half<float> {
+  __m256 v;
+  ZENT_INLINE static Half load(unsigned mask, const float* p) {
+    return {_mm256_maskz_loadu_ps(static_cast<__mmask8>(mask), p)};
+  }
+  ZENT_INLINE void add(Half x, float factor) {
+    v = _mm256_fmadd_ps(x.v, _mm256_set1_ps(factor), v);
+  }
+  ZENT_INLINE FloatVector whole() const {
+    return _mm512_maskz_broadcast_f32x8(0xffff, v);
+  }
+};
+
+template <class T, int width>
+void half_tile(const Product<T>& p, const T* a_start, const T* b_start, T* c, long columns, long tail) {
+  using Real = RealOf<T>;
+  const unsigned mask = (1u << tail) - 1u;
+  const Real* a = reals(a_start);
+  const Real* b = reals(b_start);
+  const long next_a = p.lda * parts<T>, next_b = p.row_b * parts<T>, column_b = p.column_b * parts<T>;
+  Half<Real> halves[width];
+  unroll<width>([&](auto j) ZENT_FLAT { halves[j] = Half<Real>::load(0, a); });
+  for (long l = p.depth; l > 0; --l) {
+    const Half<Real> x = Half<Real>::load(mask, a);
+    unroll<width>([&](auto j) ZENT_FLAT { halves[j].add(x, b[(j / parts<T>)*column_b + j % parts<T>]); });
+    a += next_a;
+    b += next_b;
+  }
+  Vector<Real> sums[width];
+  unroll<width>([&](auto j) ZENT_FLAT { sums[j] = halves[j].whole(); });
+  write_tile<T, 1, width>(p, sums, c, columns, Part<Real>(tail));
+}
+#endif
+
 // The tiles of one width, by height and by whether the last vector is partial.
 template <class T>
 using TileFunction = void (*)(const Product<T>&, const T*, const T*, T*, long, long);
@@ -135,9 +187,14 @@ template <class T>
 struct Tiles {
   TileFunction<T> full;
   TileFunction<T> part[tile_vectors];
+  TileFunction<T> half = nullptr;
 };
 template <class T, int width>
 constexpr Tiles<T> tiles_of_width() {
+#if ZENT_VECTOR_BYTES == 64
+  return {
+      tile<T, 3, width, false>, {tile<T, 1, width, true>, tile<T, 2, width, true>, tile<T, 3, width, true>}, half_tile<T, width>};
+#endif
   if constexpr (tile_vectors == 3) {
     return {tile<T, 3, width, false>, {tile<T, 1, width, true>, tile<T, 2, width, true>, tile<T, 3, width, true>}};
   } else {
@@ -152,9 +209,13 @@ ZENT_INLINE void run_tiles(const Tiles<T>& tiles, const Product<T>& p, long rows
   constexpr long height = tile_rows<T>;
   for (; rows >= height; rows -= height, a += strip_a, c += height) tiles.full(p, a, b, c, columns, 0);
   if (rows == 0) return;
-  constexpr long vector = lanes<RealOf<T>> / parts<T>;
-  const long vectors = (rows + vector - 1) / vector;
-  tiles.part[vectors - 1](p, a, b, c, columns, (rows - (vectors - 1) * vector) * parts<T>);
+  constexpr long vector = lanes<RealOf<T>> / parts<T>, worth_two_tiles = 32;
+  const long vectors = (rows + vector - 1) / vector, above = (vectors - 1) * vector, tail = rows - above;
+  if (tiles.half == nullptr || tail > vector / 2 || (above > 0 && p.depth < worth_two_tiles)) {
+    return tiles.part[vectors - 1](p, a, b, c, columns, tail * parts<T>);
+  }
+  if (above > 0) tiles.part[vectors - 2](p, a, b, c, columns, vector * parts<T>);
+  tiles.half(p, a + above, b, c + above, columns, tail * parts<T>);
 }
 
 // Packs op(A) or op(B)' as strips of `height` rows: element (i, l) of a strip at [i + l * height]. `across`: the strip's rows are

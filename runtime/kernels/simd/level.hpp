@@ -4,6 +4,8 @@
 #include "runtime/kernels/simd/gemm.hpp"
 #include "runtime/kernels/simd/rotate.hpp"
 #include "runtime/kernels/simd/solve.hpp"
+#include "runtime/kernels/simd/substitute.hpp"
+#include "runtime/kernels/simd/symmetric.hpp"
 #include "runtime/kernels/simd/transpose.hpp"
 #include "runtime/kernels/simd/vectors.hpp"
 
@@ -26,6 +28,7 @@ constexpr Kernels<T> table = {axpy<T>,
                               solve_rows<T>,
                               rotate<T>,
                               transpose<T>,
-                              transpose_square<T>};
+                              transpose_square<T>,
+                              substitute<T>};
 
 }  // namespace zent::fast::ZENT_LEVEL

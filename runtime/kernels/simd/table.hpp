@@ -16,8 +16,12 @@ struct Divisor {
   Real direct, cross, scale;
 };
 
-// Largest triangle that solve_rows takes.
+// Largest triangle that solve_rows takes, and the order of those that substitute takes.
 constexpr long solve_block = 32;
+constexpr int substitute_order = 8;
+
+// Elements that no vector exceeds.
+constexpr long padding = 16;
 
 // Buffers of the products, one set for the process as the library runs in one thread. They stay untouched, and so unmapped, until
 // a product is large enough to be packed.
@@ -45,8 +49,10 @@ struct Kernels {
   void (*dot_columns)(bool conjugate, long m, long n, const T* a, long lda, const T* x, T* sums);
   // a_j += factors[j] x
   void (*add_outer)(long m, long n, const T* x, const T* factors, T* a, long lda);
-  // For 4 columns at once: y += sum of factors[j] a_j, sums[j] = conj(a_j)' x.
-  void (*mirror_columns)(long m, const T* a, long lda, const T* factors, const T* x, T* y, T* sums);
+  // Of a Hermitian matrix of order n, one triangle stored, columns j to j + count - 1 off the diagonal:
+  // y += sum of factors[c] a_c, sums[c] = conj(a_c)' x. Behind x and y `padding` more elements are 0 and there to be written.
+  void (*mirror_columns)(bool upper, long n, long j, long count, const T* a, long lda, const T* factors, const T* x, T* y,
+                         T* sums);
 
   void (*gemm)(Op op_a, Op op_b, long m, long n, long k, T alpha, const T* a, long lda, const T* b, long ldb, T beta, T* c,
                long ldc);
@@ -60,6 +66,11 @@ struct Kernels {
   // B(j, i) = A(i, j) or its conjugate, A m by n; no overlap.
   void (*transpose)(bool conjugate, long m, long n, const T* a, long lda, T* b, long ldb);
   void (*transpose_square)(long n, T* a, long lda);
+
+  // Solves for substitute_order unknowns, x[i * step], in the order 0, 1, ...: element (i, j) of the triangle, i > j, is
+  // t[i * row + j * column], conjugated on demand. With keep_zeros an unknown that is 0 stays so, and its column is not read.
+  void (*substitute)(bool conjugate, bool keep_zeros, const T* t, long row, long column, const Divisor<Real>* divisors, T* x,
+                     long step);
 };
 
 }  // namespace zent::fast

@@ -9,17 +9,6 @@ namespace zent::fast::ZENT_LEVEL {
 template <class T>
 constexpr int square_side = lanes<RealOf<T>> / parts<T>;
 
-// One step of the butterfly exchanges blocks of `distance` elements across the diagonal.
-template <int side, int unit, int distance, bool upper>
-struct Exchange {
-  static constexpr int at(int i) {
-    const int element = i / unit;
-    const bool far = (element & distance) != 0;
-    if (upper) return far ? i - distance * unit + side * unit : i;
-    return far ? i + side * unit : i + distance * unit;
-  }
-};
-
 template <class T, int distance>
 ZENT_INLINE void butterfly(Vector<RealOf<T>>* v) {
   using Real = RealOf<T>;

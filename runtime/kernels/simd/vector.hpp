@@ -73,7 +73,7 @@ struct MakeSequence<0, I...> {
   using type = Sequence<I...>;
 };
 template <class Body, int... I>
-ZENT_INLINE void unroll_over(Sequence<I...>, Body body) {
+ZENT_INLINE void unroll_over(Sequence<I...>, [[maybe_unused]] Body body) {
   (body(Index<I>{}), ...);
 }
 template <int N, class Body>
@@ -193,6 +193,15 @@ struct Part {
 };
 #endif
 
+// v in a register. Without this the compiler loads a value that is used twice twice, as an operand of each use.
+template <class V>
+ZENT_INLINE V held(V v) {
+#if ZENT_VECTOR_BYTES > 16
+  __asm__("" : "+v"(v));
+#endif
+  return v;
+}
+
 // The piece a vector access goes through: the last one of a tile may be partial, all others are whole.
 template <bool partial, class Real>
 ZENT_INLINE auto piece_of(long count) {
@@ -292,6 +301,48 @@ struct Factor<T> {
   }
 };
 
+// A scalar as a factor in a combination.
+template <class T>
+struct Multiplier {
+  Vector<T> re;
+  Multiplier() = default;
+  ZENT_INLINE explicit Multiplier(T alpha) : re(broadcast<T>(alpha)) {}
+};
+template <kernel::ComplexRecord T>
+struct Multiplier<T> {
+  Vector<RealOf<T>> re, im;
+  Multiplier() = default;
+  ZENT_INLINE explicit Multiplier(T alpha) : re(broadcast<RealOf<T>>(alpha.re)), im(broadcast<RealOf<T>>(alpha.im)) {}
+};
+
+// A sum of multiples of vectors of elements. The imaginary parts of complex factors go into a sum of their own, which is turned
+// by i once, at the end.
+template <class T>
+struct Combination {
+  using Real = T;
+  Vector<Real> straight;
+  ZENT_INLINE explicit Combination(Vector<Real> start) : straight(start) {}
+  ZENT_INLINE void add(const Multiplier<T>& by, Vector<Real> x) {
+    straight = fma(by.re, x, straight);
+  }
+  ZENT_INLINE Vector<Real> total() const {
+    return straight;
+  }
+};
+template <kernel::ComplexRecord T>
+struct Combination<T> {
+  using Real = RealOf<T>;
+  Vector<Real> straight, turned{};
+  ZENT_INLINE explicit Combination(Vector<Real> start) : straight(start) {}
+  ZENT_INLINE void add(const Multiplier<T>& by, Vector<Real> x) {
+    straight = fma(by.re, x, straight);
+    turned = fma(by.im, x, turned);
+  }
+  ZENT_INLINE Vector<Real> total() const {
+    return straight + times_i<Real>(turned);
+  }
+};
+
 // Sums of products of two vectors of elements.
 template <class T>
 struct Products {
@@ -336,6 +387,120 @@ ZENT_INLINE void each_vector(long n, Body body) {
   }
   for (; i + step <= n; i += step) body(i, Whole<Real>{}, Index<0>{});
   if (i < n) body(i, Part<Real>(n - i), Index<0>{});
+}
+
+// Reals before the first vector boundary at or behind p, if that boundary does not cut an element.
+template <class T>
+ZENT_INLINE long reals_to_boundary(const T* p) {
+  constexpr unsigned long bytes = ZENT_VECTOR_BYTES;
+  const long head = static_cast<long>(-reinterpret_cast<unsigned long>(p) % bytes / sizeof(RealOf<T>));
+  return head % parts<T> == 0 ? head : 0;
+}
+
+// each_vector for all reals of n elements, in vectors at the boundaries of memory at `guide` where that can pay: an access across
+// two lines counts twice, but a load cannot take over a partial store that is still on its way. Not for sums: their rounding
+// would depend on the address.
+template <class T, int width, class Body>
+ZENT_INLINE void each_aligned_vector(const T* guide, long n, Body body) {
+  using Real = RealOf<T>;
+  const long all = n * parts<T>;
+  const long head = all < 8 * lanes<Real> ? 0 : reals_to_boundary(guide);
+  if (head > 0) body(0, Part<Real>(head), Index<0>{});
+  each_vector<Real, width>(all - head, [&](long i, auto piece, auto slot) ZENT_FLAT { body(head + i, piece, slot); });
+}
+
+template <class Real, int... I>
+ZENT_INLINE Mask<Real> lane_numbers_over(Sequence<I...>) {
+  return Mask<Real>{I...};
+}
+template <class Real>
+ZENT_INLINE Mask<Real> lane_numbers() {
+  return lane_numbers_over<Real>(typename MakeSequence<lanes<Real>>::type{});
+}
+template <class Real>
+ZENT_INLINE Vector<Real> keep(Vector<Real> v, Mask<Real> mask) {
+  return (Vector<Real>)((Mask<Real>)v & mask);
+}
+
+// The first lane of a mask that is set, or -1.
+template <class Real>
+ZENT_INLINE int first_lane(Mask<Real> mask) {
+#if ZENT_VECTOR_BYTES == 64
+  unsigned bits;
+  if constexpr (sizeof(Real) == 8) {
+    bits = _mm512_movepi64_mask((__m512i)mask);
+  } else {
+    bits = _mm512_movepi32_mask((__m512i)mask);
+  }
+  return bits == 0 ? -1 : __builtin_ctz(bits);
+#elif ZENT_VECTOR_BYTES == 32
+  unsigned bits;
+  if constexpr (sizeof(Real) == 8) {
+    bits = static_cast<unsigned>(_mm256_movemask_pd((__m256d)mask));
+  } else {
+    bits = static_cast<unsigned>(_mm256_movemask_ps((__m256)mask));
+  }
+  return bits == 0 ? -1 : __builtin_ctz(bits);
+#else
+  for (int i = 0; i < lanes<Real>; ++i) {
+    if (mask[i] != 0) return i;
+  }
+  return -1;
+#endif
+}
+
+template <class Real, int distance = lanes<Real> / 2>
+ZENT_INLINE Real largest_lane(Vector<Real> v) {
+  const Vector<Real> other = shuffle<Real, ExchangeAt<distance>>(v, v);
+  v = v > other ? v : other;
+  if constexpr (distance > 1) {
+    return largest_lane<Real, distance / 2>(v);
+  } else {
+    return v[0];
+  }
+}
+
+// One step of the butterfly exchanges blocks of `distance` elements across the diagonal.
+template <int side, int unit, int distance, bool upper>
+struct Exchange {
+  static constexpr int at(int i) {
+    const int element = i / unit;
+    const bool far = (element & distance) != 0;
+    if (upper) return far ? i - distance * unit + side * unit : i;
+    return far ? i + side * unit : i + distance * unit;
+  }
+};
+
+// Folds the lanes at and above `distance` onto those below, and stores these.
+template <class Real, int distance, int from = lanes<Real> / 2>
+ZENT_INLINE void store_folded(Vector<Real> v, Real* sums) {
+  v += shuffle<Real, ExchangeAt<from>>(v, v);
+  if constexpr (from > distance) {
+    store_folded<Real, distance, from / 2>(v, sums);
+  } else {
+    Part<Real>(distance).store(sums, v);
+  }
+}
+
+// The lanes of each of `count` vectors summed; v is used up. Pairs are halved together: fewer moves than one by one.
+template <class Real, int count, int distance = 1>
+ZENT_INLINE void sum_each(Vector<Real>* v, Real* sums) {
+  constexpr int side = lanes<Real>;
+  if constexpr (count > 1 && distance < side) {
+    unroll<count / 2>([&](auto i) ZENT_FLAT {
+      const Vector<Real> a = v[2 * i], b = v[2 * i + 1];
+      v[i] = shuffle<Real, Exchange<side, 1, distance, true>>(a, b) + shuffle<Real, Exchange<side, 1, distance, false>>(a, b);
+    });
+    sum_each<Real, count / 2, distance * 2>(v, sums);
+  } else {
+    unroll<count>([&](auto i) ZENT_FLAT {
+      if constexpr (distance == side) {
+        Whole<Real>{}.store(sums + i * side, v[i]);
+      } else {
+        store_folded<Real, distance>(v[i], sums + i * distance);
+      }
+    });
+  }
 }
 
 }  // namespace zent::fast::ZENT_LEVEL

@@ -7,9 +7,8 @@ namespace zent::fast::ZENT_LEVEL {
 
 template <class T>
 void axpy(long n, T alpha, const T* x, T* y) {
-  using Real = RealOf<T>;
   const Factor<T> factor(alpha);
-  each_vector<Real, 4>(n * parts<T>, [&, from = reals(x), to = reals(y)](long i, auto piece, auto) ZENT_FLAT {
+  each_vector<RealOf<T>, 4>(n * parts<T>, [&, from = reals(x), to = reals(y)](long i, auto piece, auto) ZENT_FLAT {
     piece.store(to + i, factor.add(piece.load(from + i), piece.load(to + i)));
   });
 }
@@ -53,7 +52,7 @@ template <class T>
 void rot(long n, T* x, T* y, RealOf<T> c, RealOf<T> s) {
   using Real = RealOf<T>;
   const Vector<Real> cosine = broadcast<Real>(c), sine = broadcast<Real>(s), minus = broadcast<Real>(-s);
-  each_vector<Real, 2>(n * parts<T>, [&, u = reals(x), v = reals(y)](long i, auto piece, auto) ZENT_FLAT {
+  each_aligned_vector<T, 2>(x, n, [&, u = reals(x), v = reals(y)](long i, auto piece, auto) ZENT_FLAT {
     const Vector<Real> a = piece.load(u + i), b = piece.load(v + i);
     piece.store(u + i, fma(sine, b, cosine * a));
     piece.store(v + i, fma(minus, a, cosine * b));
@@ -107,40 +106,43 @@ long iamax(long n, const T* x) {
     const Vector<Real> size = moduli<T>(piece.load(v + i));
     largest[slot] = size > largest[slot] ? size : largest[slot];
   });
-  Real most = 0;
-  for (const Vector<Real>& part : largest) {
-    for (int i = 0; i < lanes<Real>; ++i) most = part[i] > most ? part[i] : most;
+  unroll<3>([&](auto i) ZENT_FLAT { largest[0] = largest[i + 1] > largest[0] ? largest[i + 1] : largest[0]; });
+  const Vector<Real> most = broadcast<Real>(largest_lane<Real>(largest[0]));
+  const auto place = [&, v = reals(x)](long i, auto piece)
+                         ZENT_FLAT { return first_lane<Real>(moduli<T>(piece.load(v + i)) == most); };
+  long i = 0;
+  for (; i + lanes<Real> <= n * parts<T>; i += lanes<Real>) {
+    const int lane = place(i, Whole<Real>{});
+    if (lane >= 0) return (i + lane) / parts<T> + 1;
   }
-  constexpr long block = 64;
-  for (long first = 0; first < n; first += block) {
-    const long count = smaller(block, n - first);
-    Mask<Real> found{};
-    each_vector<Real, 1>(count * parts<T>, [&, v = reals(x + first)](long i, auto piece, auto)
-                                               ZENT_FLAT { found |= moduli<T>(piece.load(v + i)) == broadcast<Real>(most); });
-    bool any = false;
-    for (int i = 0; i < lanes<Real>; ++i) any |= found[i] != 0;
-    if (!any) continue;
-    for (long i = first; i < first + count; ++i) {
-      if (modulus(x[i]) == most) return i + 1;
-    }
-  }
-  return 1;
+  // Behind the end lanes read as 0, which is found there only when everything before was a not-a-number.
+  const int lane = i < n * parts<T> ? place(i, Part<Real>(n * parts<T> - i)) : -1;
+  return lane >= 0 && i + lane < n * parts<T> ? (i + lane) / parts<T> + 1 : 1;
 }
 
-// Columns that one pass takes together: more of them save loads of the vector,
-// as far as the registers go.
+// Columns that one pass takes together: more of them save loads of the vector, as far as the registers go.
 template <class T>
-constexpr int columns_at_once = ZENT_VECTOR_BYTES == 64 && !is_complex<T> ? 8 : 4;
+constexpr int columns_at_once = ZENT_VECTOR_BYTES == 64 ? 8 : 4;
+
+// Complex elements are used twice.
+template <class T, class Piece>
+ZENT_INLINE Vector<RealOf<T>> element_load(Piece piece, const RealOf<T>* p) {
+  if constexpr (is_complex<T>) {
+    return held(piece.load(p));
+  } else {
+    return piece.load(p);
+  }
+}
 
 template <int count, class T>
 ZENT_INLINE void add_some_columns(long m, const T* a, long lda, const T* factors, T* y) {
-  using Real = RealOf<T>;
-  Factor<T> f[count];
-  unroll<count>([&](auto j) ZENT_FLAT { f[j] = Factor<T>(factors[j]); });
-  each_vector<Real, 1>(m * parts<T>, [&, to = reals(y)](long i, auto piece, auto) ZENT_FLAT {
-    Vector<Real> total = piece.load(to + i);
-    unroll<count>([&](auto j) ZENT_FLAT { total = f[j].add(piece.load(reals(a + j * lda) + i), total); });
-    piece.store(to + i, total);
+  Multiplier<T> f[count];
+  unroll<count>([&](auto j) ZENT_FLAT { f[j] = Multiplier<T>(factors[j]); });
+  const auto column = [=](auto piece, auto j, long i) ZENT_FLAT { return element_load<T>(piece, reals(a + j * lda) + i); };
+  each_aligned_vector<T, 1>(a, m, [&, to = reals(y)](long i, auto piece, auto) ZENT_FLAT {
+    Combination<T> sum(piece.load(to + i));
+    unroll<count>([&](auto j) ZENT_FLAT { sum.add(f[j], column(piece, j, i)); });
+    piece.store(to + i, sum.total());
   });
 }
 
@@ -149,28 +151,52 @@ void add_columns(long m, long n, const T* a, long lda, const T* factors, T* y) {
   constexpr int group = columns_at_once<T>;
   long j = 0;
   for (; j + group <= n; j += group) add_some_columns<group>(m, a + j * lda, lda, factors + j, y);
+  for (; j + 4 <= n; j += 4) add_some_columns<4>(m, a + j * lda, lda, factors + j, y);
   for (; j + 2 <= n; j += 2) add_some_columns<2>(m, a + j * lda, lda, factors + j, y);
   if (j < n) add_some_columns<1>(m, a + j * lda, lda, factors + j, y);
+}
+
+// The totals of `count` sums of products.
+template <int count, class T>
+ZENT_INLINE void totals(bool conjugate, const Products<T>* products, T* sums) {
+  using Real = RealOf<T>;
+  Vector<Real> v[count];
+  if constexpr (is_complex<T>) {
+    const Vector<Real> negative = alternate<Real>(Real(0), -Real(0)), none{};
+    const Vector<Real> signs_re = conjugate ? none : negative, signs_im = conjugate ? negative : none;
+    Real re[count], im[count];
+    unroll<count>([&](auto j) ZENT_FLAT { v[j] = flip_signs<Real>(products[j].straight, signs_re); });
+    sum_each<Real, count>(v, re);
+    unroll<count>([&](auto j) ZENT_FLAT { v[j] = flip_signs<Real>(products[j].crossed, signs_im); });
+    sum_each<Real, count>(v, im);
+    unroll<count>([&](auto j) ZENT_FLAT { sums[j] = {re[j], im[j]}; });
+  } else {
+    unroll<count>([&](auto j) ZENT_FLAT { v[j] = products[j].straight; });
+    sum_each<Real, count>(v, sums);
+  }
 }
 
 template <int count, class T>
 ZENT_INLINE void dot_some_columns(bool conjugate, long m, const T* a, long lda, const T* x, T* sums) {
   using Real = RealOf<T>;
-  constexpr int width = count == 1 ? 4 : 2;
+  constexpr int width = count == 8 ? 1 : count == 4 ? 2 : 4;
   Products<T> products[count * width];
+  const auto column = [=](auto piece, auto j, long i) ZENT_FLAT { return element_load<T>(piece, reals(a + j * lda) + i); };
   each_vector<Real, width>(m * parts<T>, [&, u = reals(x)](long i, auto piece, auto slot) ZENT_FLAT {
     const Vector<Real> v = piece.load(u + i);
-    unroll<count>([&](auto j) ZENT_FLAT { products[slot * count + j].add(piece.load(reals(a + j * lda) + i), v); });
+    unroll<count>([&](auto j) ZENT_FLAT { products[slot * count + j].add(column(piece, j, i), v); });
   });
-  unroll<count>([&](auto j) ZENT_FLAT {
-    unroll<width - 1>([&](auto w) ZENT_FLAT { products[j].join(products[(w + 1) * count + j]); });
-    sums[j] = products[j].total(conjugate);
-  });
+  unroll<count>([&](auto j)
+                    ZENT_FLAT { unroll<width - 1>([&](auto w) ZENT_FLAT { products[j].join(products[(w + 1) * count + j]); }); });
+  totals<count>(conjugate, products, sums);
 }
 
 template <class T>
 void dot_columns(bool conjugate, long m, long n, const T* a, long lda, const T* x, T* sums) {
   long j = 0;
+  if constexpr (ZENT_VECTOR_BYTES == 64) {
+    for (; j + 8 <= n; j += 8) dot_some_columns<8>(conjugate, m, a + j * lda, lda, x, sums + j);
+  }
   for (; j + 4 <= n; j += 4) dot_some_columns<4>(conjugate, m, a + j * lda, lda, x, sums + j);
   for (; j < n; ++j) dot_some_columns<1>(conjugate, m, a + j * lda, lda, x, sums + j);
 }
@@ -180,7 +206,7 @@ ZENT_INLINE void add_some_outer(long m, const T* x, const T* factors, T* a, long
   using Real = RealOf<T>;
   Factor<T> f[count];
   unroll<count>([&](auto j) ZENT_FLAT { f[j] = Factor<T>(factors[j]); });
-  each_vector<Real, 1>(m * parts<T>, [&, from = reals(x)](long i, auto piece, auto) ZENT_FLAT {
+  each_aligned_vector<T, 1>(a, m, [&, from = reals(x)](long i, auto piece, auto) ZENT_FLAT {
     const Vector<Real> v = piece.load(from + i);
     unroll<count>([&](auto j) ZENT_FLAT {
       Real* to = reals(a + j * lda) + i;
@@ -194,40 +220,6 @@ void add_outer(long m, long n, const T* x, const T* factors, T* a, long lda) {
   long j = 0;
   for (; j + 4 <= n; j += 4) add_some_outer<4>(m, x, factors + j, a + j * lda, lda);
   for (; j < n; ++j) add_some_outer<1>(m, x, factors + j, a + j * lda, lda);
-}
-
-// Reals before the first vector boundary at or behind p, if that boundary does
-// not cut an element.
-template <class T>
-ZENT_INLINE long reals_to_boundary(const T* p) {
-  constexpr unsigned long bytes = ZENT_VECTOR_BYTES;
-  const long head = static_cast<long>(-reinterpret_cast<unsigned long>(p) % bytes / sizeof(RealOf<T>));
-  return head % parts<T> == 0 ? head : 0;
-}
-
-// Successive calls work on sections of y that begin at different places.
-// Vectors at fixed boundaries of memory let the loads of one call take over
-// whole stores of the last one, which may still be on their way.
-template <class T>
-void mirror_columns(long m, const T* a, long lda, const T* factors, const T* x, T* y, T* sums) {
-  using Real = RealOf<T>;
-  constexpr int count = 4;
-  Factor<T> f[count] = {Factor<T>(factors[0]), Factor<T>(factors[1]), Factor<T>(factors[2]), Factor<T>(factors[3])};
-  Products<T> products[count];
-  const auto step = [&, u = reals(x), to = reals(y)](long i, auto piece) ZENT_FLAT {
-    const Vector<Real> v = piece.load(u + i);
-    Vector<Real> total = piece.load(to + i);
-    unroll<count>([&](auto j) ZENT_FLAT {
-      const Vector<Real> column = piece.load(reals(a + j * lda) + i);
-      total = f[j].add(column, total);
-      products[j].add(column, v);
-    });
-    piece.store(to + i, total);
-  };
-  const long all = m * parts<T>, head = smaller(reals_to_boundary(y), all);
-  if (head > 0) step(0, Part<Real>(head));
-  each_vector<Real, 1>(all - head, [&](long i, auto piece, auto) ZENT_FLAT { step(head + i, piece); });
-  unroll<count>([&](auto j) ZENT_FLAT { sums[j] = products[j].total(true); });
 }
 
 }  // namespace zent::fast::ZENT_LEVEL
