@@ -26,7 +26,8 @@ extern "C" {
  *   ZENT_BASIS_ADR, d *tol, long *kbasis   the same by address
  *   ZENT_PIVOT, long *pvt         n elements: > 0 the column comes first, < 0 last, 0 free. Receives the numbers, from 1, of the
  *                                 columns in the order of the factor
- *   ZENT_RESIDUAL, d **res        new array for b - A x, m elements; ZENT_RESIDUAL_USER, d *res: storage of the caller
+ *   ZENT_RESIDUAL, d **res        new array for b - A x, m elements; null after an error in the computation
+ *   ZENT_RESIDUAL_USER, d *res    storage of the caller for it
  *   ZENT_Q, d **q                 new array for Q, m by q_col_dim, columns beyond m are 0
  *   ZENT_Q_USER, d *q             storage of the caller for it
  *   ZENT_Q_COL_DIM, int           column dimension of Q; default m
@@ -42,8 +43,9 @@ extern "C" {
  *
  * Errors, type 5: 11001 unknown option; 104, 105 null storage in an option; 150 a or b null; 3089 m or n below 1; 1021, 1022,
  * 1023 column dimension of a, qr, q too small; 1096 factor only and solve only; 1025 factor only without a place for it; 1027,
- * 1028 solve only without factor or kbasis; 3093 its kbasis below 0; 200, 1029 no memory. Type 4: 1009 solve only with a zero on the diagonal of R.
- * Method: Householder reflections with column pivoting (Businger and Golub 1965), in blocks. */
+ * 1028 solve only without factor or kbasis; 3093 its kbasis below 0; 200, 1029 no memory. Type 4: 1009 a zero on the diagonal of
+ * R among the columns used, which takes a tolerance below 0 or solve only. Method: Householder reflections with column pivoting
+ * (Businger and Golub 1965), in blocks. */
 ZENT_API float* zent_f_lin_least_squares_gen(long m, long n, float* a, float* b, ...);
 ZENT_API double* zent_d_lin_least_squares_gen(long m, long n, double* a, double* b, ...);
 
@@ -75,8 +77,8 @@ ZENT_API double* zent_z_lin_svd_gen(long m, long n, zent_d_complex* a, ...);
 
 /* Support routines on column-major arrays, without a frame of their own.
  *
- * l2rrr: A P = Q R, A m by n. pivot not 0: pvt as with ZENT_PIVOT above; 0: all columns stay. A is copied to qr unless they are
- * one array with one leading dimension. qraux, pvt, column_norms: n elements; wk: 2n - 1.
+ * l2rrr: A P = Q R, A m by n. pivot not 0: pvt as with ZENT_PIVOT above; 0: all columns stay, pvt may be null. A is copied to qr
+ * unless they are one array with one leading dimension. qraux, pvt, column_norms: n elements; wk: 2n - 1.
  * Errors, type 5: 3089 m or n below 1, 3090 m > lda, 3092 m > ldqr. */
 ZENT_API void zent_l2rrr(long m, long n, float* a, long lda, long pivot, long* pvt, float* qr, long ldqr, float* qraux,
                          float* column_norms, float* wk);

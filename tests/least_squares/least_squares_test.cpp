@@ -130,6 +130,14 @@ TYPED_TEST(LeastSquares, PivotControl) {
   Matrix<T> a = lsq::make<T>(Kind::random, 9, 6);
   const Factor<T> f = factor(a, {-1, 0, 5, -3, 0, 2});
   EXPECT_EQ((std::vector<long>{f.pvt[0], f.pvt[1], f.pvt[4], f.pvt[5]}), (std::vector<long>{3, 6, 1, 4}));
+  Matrix<T> wide = lsq::make<T>(Kind::random, 2, 4);
+  std::vector<T> heads(4, T(9)), qr(8), norms(4), wk(7);
+  EXPECT_EQ(solve(2, 4, wide.x.data(), static_cast<T*>(nullptr), ZENT_FACTOR_ONLY, ZENT_FACTOR_USER, heads.data(), qr.data(),
+                  ZENT_PIVOT, std::vector<long>{1, 1, 1, 1}.data()),
+            nullptr);
+  EXPECT_EQ(std::vector<T>(heads.begin() + 1, heads.end()), std::vector<T>(3));  // no reflections there
+  zent::linalg::l2rrr<zent::Math, T>(4, 2, wide.x.data(), 4, false, nullptr, qr.data(), 4, heads.data(), norms.data(), wk.data());
+  EXPECT_NEAR(std::abs(qr[0]), norms[0], 1e-6);
   Matrix<T> equal(3, 3);
   const T values[] = {1, 0, 2, 0, 2, 0, 0, 0, 0};
   std::copy(values, values + 9, equal.x.begin());
@@ -252,15 +260,36 @@ TEST(LeastSquaresSolveOnly, ExchangesOneAfterTheOther) {
             x);
   EXPECT_EQ((std::vector<double>(x, x + 4)), (std::vector<double>{2, 3, 1, 0}));
   qr[5] = 0;
-  EXPECT_EQ(
-      zent_d_lin_least_squares_gen(4, 4, nullptr, b, ZENT_SOLVE_ONLY, ZENT_FACTOR_USER, qraux, qr, ZENT_BASIS, 0.0, &kbasis, 0),
-      nullptr);
+  double* residual = x;
+  EXPECT_EQ(zent_d_lin_least_squares_gen(4, 4, nullptr, b, ZENT_SOLVE_ONLY, ZENT_FACTOR_USER, qraux, qr, ZENT_BASIS, 0.0, &kbasis,
+                                         ZENT_RESIDUAL, &residual, 0),
+            nullptr);
   EXPECT_EQ(zent_error_code(), MATH_SINGULAR_TRI_MATRIX);
+  EXPECT_EQ(residual, nullptr);
   kbasis = -1;
   EXPECT_EQ(
       zent_d_lin_least_squares_gen(4, 4, nullptr, b, ZENT_SOLVE_ONLY, ZENT_FACTOR_USER, qraux, qr, ZENT_BASIS, 0.0, &kbasis, 0),
       nullptr);
   EXPECT_EQ(zent_error_code(), MATH_KBASIS_IS_NEGATIVE);
+}
+
+// Of the two places for a factor the last one named counts, with its own column dimension; a tolerance below 0 counts a zero
+// diagonal element, which cannot be divided by.
+TEST(LeastSquaresFactor, LastPlaceAndNegativeTolerance) {
+  be_quiet();
+  double a[6] = {3, 0, 9, 0, 4, 9}, kept[6], b[2] = {3, 4}, user_aux[2], *qraux = nullptr, *qr = nullptr;
+  std::copy(a, a + 6, kept);
+  double* const x =
+      zent_d_lin_least_squares_gen(2, 2, a, b, ZENT_A_COL_DIM, 3, ZENT_FACTOR_USER, user_aux, a, ZENT_FACTOR, &qraux, &qr, 0);
+  ASSERT_TRUE(x != nullptr && qr != nullptr);
+  EXPECT_TRUE(std::equal(a, a + 6, kept));
+  EXPECT_EQ(qr[0], -4);
+  EXPECT_EQ(qr[3], -3);  // rows of 2, not of 3: (3, 0) less (1, 1) times 3
+  for (double* p : {x, qraux, qr}) zent_free_allocated_memory(p);
+  double singular[4] = {1, 0, 0, 0};
+  long kbasis = 0;
+  EXPECT_EQ(zent_d_lin_least_squares_gen(2, 2, singular, b, ZENT_BASIS, -1.0, &kbasis, 0), nullptr);
+  EXPECT_EQ(zent_error_code(), MATH_SINGULAR_TRI_MATRIX);
 }
 
 // Factor only: the count goes along every (n + 1)-th element, here off the diagonal from the second on.
@@ -271,6 +300,47 @@ TEST(LeastSquaresFactorOnly, CountsEveryNPlusFirstElement) {
   zent_d_lin_least_squares_gen(3, 2, a, nullptr, ZENT_FACTOR_ONLY, ZENT_FACTOR_USER, qraux, qr, ZENT_BASIS_ADR, &tol, &kbasis, 0);
   EXPECT_EQ(qr[3], -3);  // r(2,2): rank 2
   EXPECT_EQ(kbasis, 1);  // element 3 is r(1,2) = 0
+}
+
+// The line 11/12 + 5/4 t fits (0, 1), (1, 2), (2, 3.5), each twice here; the norm of the first column is beyond the numbers, and
+// once that of the right-hand side.
+TYPED_TEST(LeastSquares, ColumnsTooLongForTheirNorm) {
+  using T = TypeParam;
+  const T top = std::ldexp(T(1), std::numeric_limits<T>::max_exponent - 1);
+  for (T scale : {T(1), top / 4}) {
+    T a[12], b[6], x[2], res[6];
+    for (int i = 0; i < 6; ++i) {
+      a[2 * i] = top;
+      a[2 * i + 1] = static_cast<T>(i / 2) / 2 * top;
+      b[i] = scale * (i < 2 ? T(1) : i < 4 ? T(2) : T(3.5));
+    }
+    long pvt[2] = {0, 0}, kbasis = 0;
+    ASSERT_EQ(solve(6, 2, a, b, ZENT_RETURN_USER, x, ZENT_RESIDUAL_USER, res, ZENT_PIVOT, pvt, ZENT_BASIS, 1e-4, &kbasis), x);
+    EXPECT_EQ(kbasis, 2);
+    EXPECT_EQ(pvt[0], 1);
+    EXPECT_NEAR(x[0] / scale * top, 11.0 / 12, 20 * lsq::epsilon<T>());
+    EXPECT_NEAR(x[1] / scale * top, 2.5, 20 * lsq::epsilon<T>());
+    for (int i = 0; i < 6; ++i) EXPECT_NEAR(res[i] / scale, (i / 2 == 1 ? -2 : 1) / 12.0, 20 * lsq::epsilon<T>());
+    // The same fit over ordinary columns, by their factor; only the right-hand side is long.
+    T heads[2], qr[12];
+    for (T& v : a) v /= top;
+    solve(6, 2, a, static_cast<T*>(nullptr), ZENT_FACTOR_ONLY, ZENT_FACTOR_USER, heads, qr, ZENT_PIVOT, pvt);
+    ASSERT_EQ(solve(6, 2, static_cast<T*>(nullptr), b, ZENT_RETURN_USER, x, ZENT_RESIDUAL_USER, res, ZENT_SOLVE_ONLY,
+                    ZENT_FACTOR_USER, heads, qr, ZENT_BASIS, 0.0, &kbasis),
+              x);
+    EXPECT_NEAR(x[pvt[0] - 1] / scale, pvt[0] == 1 ? 11.0 / 12 : 2.5, 40 * lsq::epsilon<T>());
+    EXPECT_NEAR(res[2] / scale, -1.0 / 6, 20 * lsq::epsilon<T>());
+  }
+  T wide[6] = {top, 0, 0, 0, 4, 3}, heads[3], qr[6], x[2];
+  EXPECT_EQ(solve(2, 3, wide, static_cast<T*>(nullptr), ZENT_FACTOR_ONLY, ZENT_FACTOR_USER, heads, qr), nullptr);
+  EXPECT_EQ(qr[0], -top);
+  EXPECT_EQ(heads[2], 3);  // the norm that is left, as of other matrices
+  // With a tolerance below 0 a zero that only an overflow makes would be divided by.
+  constexpr T largest = std::numeric_limits<T>::max();
+  T square[4] = {largest, 1, largest, 0}, b[2] = {3, 1};
+  long kbasis = 0;
+  ASSERT_EQ(solve(2, 2, square, b, ZENT_RETURN_USER, x, ZENT_BASIS, -1.0, &kbasis), x);
+  EXPECT_NEAR(x[1], 2, 20 * lsq::epsilon<T>());
 }
 
 TYPED_TEST(LeastSquares, NotANumberComesToAnEnd) {

@@ -1,4 +1,6 @@
 // The singular value decomposition: residuals in long double, all four forms, shapes around the block boundaries.
+#include "math/linalg/svd.hpp"
+
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -263,6 +265,19 @@ TEST(SvdErrors, AreTheNumbersOfTheirCauses) {
   // Sizes whose product does not fit a long, or fits one only when it has wrapped round.
   for (const auto& [m, n] : {std::pair{1L << 32, 1L << 32}, std::pair{1L << 62, 4L}, std::pair{LONG_MAX, 1L}}) {
     run(MATH_OUT_OF_MEMORY_2, zent_d_lin_svd_gen(m, n, a, ZENT_RETURN_USER, a, 0));
+  }
+  const long jobs[][7] = {{MATH_NEED_NRA_AND_NCA_GT_ZERO, 0, 3, 2, 2, 3, 21},
+                          {MATH_NEED_SMALLER_NRA_VALUE, 2, 3, 1, 2, 3, 21},
+                          {MATH_NEED_LDU_GT_ZERO, 2, 3, 2, 0, 3, 21},
+                          {MATH_NEED_LDV_GT_ZERO, 2, 3, 2, 2, 0, 21},
+                          {MATH_CONTROL_FLAG_ERROR, 2, 3, 2, 2, 3, 30},
+                          {MATH_CONTROL_FLAG_ERROR, 2, 3, 2, 2, 3, 2},
+                          {0, 2, 3, 2, 2, 3, 11}};
+  for (const auto& [expected, m, n, lda, ldu, ldv, job] : jobs) {
+    zent_e1psh("caller");
+    EXPECT_EQ(zent::linalg::acceptable_svd<zent::Math>(m, n, lda, ldu, ldv, job), expected == 0);
+    zent_e1pop("caller");
+    EXPECT_EQ(zent_error_code(), expected);
   }
   double* const s = zent_d_lin_svd_gen(2, 3, a, ZENT_U_COL_DIM, 1, 0);  // not asked for: not tested
   EXPECT_NE(s, nullptr);
