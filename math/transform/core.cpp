@@ -28,57 +28,21 @@ bool convolve(long p, const Real* in, Real* out, bool backward) {
   return true;
 }
 
-// Columns that are too few for vectors, or whose length holds a large prime too: one by one.
-template <class Real>
-bool slow_columns(long n1, long n2, const Real* in, bool backward, Real* planes) {
-  const long n = n1 * n2;
-  Root* memory = scratch<Math, Root>(Roots::storage(n));
-  Real* column = scratch<Math, Real>(2 * n1);
-  if (memory == nullptr || column == nullptr) return false;
-  const Roots roots(n, memory);
-  for (long c = 0; c < n2; ++c) {
-    for (long k = 0; k < n1; ++k) {
-      const Real* pair = in + 2 * (c + n2 * k);
-      column[2 * k] = backward ? pair[1] : pair[0];
-      column[2 * k + 1] = backward ? pair[0] : pair[1];
-    }
-    void* const mark = scratch_mark<Math>();
-    if (!transform<Real>(n1, column, column, false)) return false;
-    scratch_release<Math>(mark);
-    for (long k = 0; k < n1; ++k) {
-      Real w[2];
-      roots.get(c * k, w);
-      planes[c + n2 * k] = w[0] * column[2 * k] + w[1] * column[2 * k + 1];
-      planes[n + c + n2 * k] = w[0] * column[2 * k + 1] - w[1] * column[2 * k];
-    }
-  }
-  return true;
-}
-
 // The last factor of n is a large prime: short transforms down the columns, convolutions along the rows.
 template <class Real>
 bool transform_with_large_prime(const Prepared<Real>& prepared, const Real* in, Real* out, bool backward) {
-  const Plan& plan = prepared.plan;
-  const long n = plan.n, n1 = plan.n1, n2 = n / n1;
-  Real* planes = prepared.planes;
-  Real* row = scratch<Math, Real>(2 * n2);
-  if (row == nullptr) return false;
-  if (plan.width > 1) {
-    engine<Real>().columns(plan, prepared.twiddles, in, backward, planes, prepared.buffer);
-  } else if (!slow_columns(n1, n2, in, backward, planes)) {
-    return false;
-  }
+  const long n1 = prepared.plan.n1, n2 = prepared.plan.large_prime;
+  Real* const between = prepared.between;
+  if (!transform_columns(n1, n2, in, n2, between, n2, backward)) return false;
   void* const mark = scratch_mark<Math>();
   for (long k = 0; k < n1; ++k) {
-    for (long i = 0; i < n2; ++i) {
-      row[2 * i] = planes[k * n2 + i];
-      row[2 * i + 1] = planes[n + k * n2 + i];
-    }
-    if (!convolve(n2, row, row, false)) return false;
+    Real* const row = between + 2 * n2 * k;
+    if (k > 0) engine<Real>().multiply(n2, prepared.twiddles.columns + 2 * n2 * k, row, row, !backward);
+    if (!convolve(n2, row, row, backward)) return false;
     scratch_release<Math>(mark);
     for (long i = 0; i < n2; ++i) {
-      out[2 * (k + n1 * i)] = backward ? row[2 * i + 1] : row[2 * i];
-      out[2 * (k + n1 * i) + 1] = backward ? row[2 * i] : row[2 * i + 1];
+      out[2 * (k + n1 * i)] = row[2 * i];
+      out[2 * (k + n1 * i) + 1] = row[2 * i + 1];
     }
   }
   return true;
@@ -96,10 +60,9 @@ bool transform(long n, const Real* in, Real* out, bool backward) {
   const Prepared<Real>* prepared = prepared_line<Real>(n);
   if (prepared == nullptr) return false;
   const Plan& plan = prepared->plan;
-  if (plan.stage[plan.count - 1].radix > largest_radix) {
-    return plan.count == 1 ? convolve(n, in, out, backward) : transform_with_large_prime(*prepared, in, out, backward);
-  }
-  engine<Real>().line(plan, prepared->twiddles, in, out, backward, prepared->planes, prepared->buffer);
+  if (plan.large_prime == n) return convolve(n, in, out, backward);
+  if (plan.large_prime > 0) return transform_with_large_prime(*prepared, in, out, backward);
+  engine<Real>().line(plan, prepared->twiddles, in, out, backward, prepared->between, prepared->buffer);
   return true;
 }
 
@@ -168,14 +131,14 @@ bool real_transform(long n, const Real* in, Real* out, bool backward) {
   const long m = n / 2;
   PreparedRoots<Real> prepared;
   if (!prepared_roots(n, prepared)) return false;
-  Real* z = prepared.work;
   const Engine<Real>& run = engine<Real>();
   if (backward) {
+    Real* const z = in == out ? prepared.work : out;
     run.unpack(m, prepared.roots, in, z);
     return transform<Real>(m, z, out, true);
   }
-  if (!transform<Real>(m, in, z, false)) return false;
-  run.pack(m, prepared.roots, z, out);
+  if (!transform<Real>(m, in, out, false)) return false;
+  run.pack(m, prepared.roots, out);
   return true;
 }
 

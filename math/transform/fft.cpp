@@ -25,11 +25,13 @@ Real* l_fft_real(long n, Real* p, Options& list) {
 // The bare transforms, in place.
 template <class Real>
 void complex_in_place(long n, Real* c, bool backward) {
+  start_of_call<Real>();
   if (!transform(n, c, c, backward)) raise_out_of_memory<Math>({n}, {"n"});
   end_of_call<Real>();
 }
 template <class Real>
 void real_in_place(long n, Real* r, bool backward) {
+  start_of_call<Real>();
   if (!real_transform(n, r, r, backward)) raise_out_of_memory<Math>({n}, {"n"});
   end_of_call<Real>();
 }

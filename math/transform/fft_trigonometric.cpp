@@ -107,6 +107,7 @@ Real* l_fft_trigonometric(long n, Real* p, Options& list) {
 template <class Kind, class Real>
 void in_place(long n, Real* x, const Real* params) {
   void* const mark = scratch_mark<Math>();
+  start_of_call<Real>();
   if (!Kind::run(n, params, x, x)) raise_out_of_memory<Math>({n}, {"n"});
   end_of_call<Real>();
   if (scratch_mark<Math>() != mark) scratch_release<Math>(mark);

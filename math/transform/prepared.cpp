@@ -15,6 +15,8 @@ namespace zent::transform {
 
 namespace {
 
+constexpr long longest_prepared = 1L << 50;  // the bytes of what belongs to longer ones could overflow
+
 enum class Kind { none, line, columns, roots, chirp, sine, cosine };
 
 // The newest results for a precision. Those that the call in progress has asked for stay until it ends: it may hold them.
@@ -199,32 +201,15 @@ constexpr long aligned(long reals) {
   return (reals + line - 1) / line * line;
 }
 
-// Factors n and lays the twiddles out: `rows` and `roots` become the numbers of reals that they take.
-void set_stages(long n, Plan& plan) {
-  const Factors factors = complex_factors(n);
-  plan.n = n;
-  plan.count = factors.count;
-  plan.width = 1;
-  plan.first_count = 0;
-  plan.n1 = 1;
-  plan.work = 0;
-  long l1 = 1;
-  for (int k = 0; k < factors.count; ++k) {
-    const long radix = factors.factor[k];
-    plan.stage[k] = {radix, l1, n / (l1 * radix), 0, 0};
-    l1 *= radix;
-  }
-}
-
+// Lays the twiddles out: `rows` and `roots` become the numbers of reals that they take.
 void lay_out(Plan& plan, long& rows, long& roots) {
   rows = roots = 0;
   for (int k = 0; k < plan.count; ++k) {
     Stage& stage = plan.stage[k];
     stage.rows = rows;
     stage.roots = roots;
-    if (stage.radix > largest_radix) continue;
     if (k >= plan.first_count) rows += 2 * (stage.radix - 1) * stage.ido;
-    if (stage.radix > 5) roots += 2 * (stage.radix - 1);
+    if (by_definition(stage.radix)) roots += 2 * (stage.radix - 1);
   }
 }
 
@@ -232,16 +217,18 @@ template <class Real>
 void fill_rows(const Plan& plan, const Roots& roots, Real* rows, Real* radix_roots) {
   for (int k = 0; k < plan.count; ++k) {
     const Stage& stage = plan.stage[k];
-    if (stage.radix > largest_radix) continue;
-    for (long j = 1; j < stage.radix; ++j) {
-      if (stage.radix > 5) roots.get(j * stage.ido * stage.l1, radix_roots + stage.roots + 2 * (j - 1));
-      if (k < plan.first_count) continue;
-      Real* row = rows + stage.rows + 2 * (j - 1) * stage.ido;
-      for (long i = 0; i < stage.ido; ++i) roots.get(i * j * stage.l1, row + 2 * i);
+    if (by_definition(stage.radix)) {
+      for (long j = 1; j < stage.radix; ++j) roots.get(j * stage.ido * stage.l1, radix_roots + stage.roots + 2 * (j - 1));
+    }
+    if (k < plan.first_count) continue;
+    Real* next = rows + stage.rows;
+    for (long i = 0; i < stage.ido; ++i) {
+      for (long j = 1; j < stage.radix; ++j, next += 2) roots.get(i * j * stage.l1, next);
     }
   }
 }
 
+// For every group of columns the twiddles of the stages before the split.
 template <class Real>
 void fill_columns(const Plan& plan, const Roots& roots, Real* next) {
   const long n2 = plan.n / plan.n1, width = plan.width;
@@ -263,33 +250,52 @@ void fill_columns(const Plan& plan, const Roots& roots, Real* next) {
   }
 }
 
+// Short columns before a large prime: what stands between the two.
+template <class Real>
+void fill_all(const Plan& plan, const Roots& roots, Real* next) {
+  for (long row = 0; row < plan.n1; ++row) {
+    for (long column = 0; column < plan.large_prime; ++column, next += 2) roots.get(row * column, next);
+  }
+}
+
+template <class Real>
+long column_reals(const Plan& plan) {
+  if (plan.large_prime > 0) return plan.n1 > 1 ? 2 * plan.n : 0;
+  return (plan.n / plan.n1 + plan.width - 1) / plan.width * 2 * plan.width * (plan.n1 - 1);
+}
+
 template <class Real>
 const Prepared<Real>* prepare(Kind kind, long n) {
   Real* found = find<Real>(kind, n);
   if (found != nullptr) return reinterpret_cast<const Prepared<Real>*>(found);
-  Root* memory = root_memory(n);
+  Root* memory = n > longest_prepared ? nullptr : root_memory(n);
   if (memory == nullptr) return nullptr;
   Plan plan;
-  set_stages(n, plan);
-  if (kind == Kind::line) engine<Real>().split(plan);
-  const bool passes = plan.width > 1 || plan.first_count == 0;
+  if (kind == Kind::line) {
+    plan_line(n, engine<Real>().widest, plan);
+  } else {
+    plan_columns(n, plan);
+  }
   long rows, roots;
   lay_out(plan, rows, roots);
-  const long groups = (n / plan.n1 + plan.width - 1) / plan.width;
   const long head = aligned<Real>(static_cast<long>(sizeof(Prepared<Real>) / sizeof(Real)) + 1);
-  const long columns = passes ? aligned<Real>(groups * 2 * plan.width * (plan.n1 - 1)) : 0;
-  const long work = aligned<Real>(kind == Kind::line ? plan.work : column_work(n));
-  const long planes = kind == Kind::line ? aligned<Real>(2 * n) : 0;
-  found = insert<Real>(kind, n, head + columns + work + planes + rows + roots);
+  const long columns = aligned<Real>(column_reals<Real>(plan));
+  const long work = aligned<Real>(kind == Kind::line ? reals_in_buffer(plan) : column_work(n));
+  const long between = kind == Kind::line ? aligned<Real>(reals_between(plan)) : 0;
+  found = insert<Real>(kind, n, head + columns + work + between + rows + roots);
   if (found == nullptr) return nullptr;
   auto* prepared = reinterpret_cast<Prepared<Real>*>(found);
   Real* next = found + head;
   Real* const buffer = next + columns;
-  Real* const row_twiddles = buffer + work + planes;
+  Real* const row_twiddles = buffer + work + between;
   *prepared = {plan, {row_twiddles, next, row_twiddles + rows}, buffer + work, buffer};
   const Roots unity(n, memory);
   fill_rows(plan, unity, row_twiddles, row_twiddles + rows);
-  if (passes) fill_columns(plan, unity, next);
+  if (plan.large_prime == 0) {
+    fill_columns(plan, unity, next);
+  } else if (plan.n1 > 1) {
+    fill_all(plan, unity, next);
+  }
   return prepared;
 }
 
@@ -377,6 +383,11 @@ bool prepared_chirp(long p, Chirp<Real>& chirp) {
 }
 
 template <class Real>
+void start_of_call() {
+  Store<Real>::settled = Store<Real>::clock;
+}
+
+template <class Real>
 void end_of_call() {
   using S = Store<Real>;
   S::settled = S::clock;
@@ -398,6 +409,7 @@ void end_of_call() {
   template const Prepared<Real>* prepared_columns<Real>(long n);    \
   template bool prepared_roots<Real>(long n, PreparedRoots<Real>&); \
   template bool prepared_chirp<Real>(long p, Chirp<Real>&);         \
+  template void start_of_call<Real>();                              \
   template void end_of_call<Real>();
 ZENT_FORM(float)
 ZENT_FORM(double)

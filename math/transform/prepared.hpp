@@ -12,7 +12,7 @@ template <class Real>
 struct Prepared {
   Plan plan;
   Twiddles<Real> twiddles;
-  Real *planes, *buffer;
+  Real *between, *buffer;
 };
 template <class Real>
 const Prepared<Real>* prepared_line(long n);
@@ -40,6 +40,9 @@ struct Chirp {
 template <class Real>
 bool prepared_chirp(long p, Chirp<Real>& chirp);
 
+// What earlier calls have asked for is not in use any more, also when a fault has ended one of them in its middle.
+template <class Real>
+void start_of_call();
 // What the call has asked for is not in use any more; what is too large to be kept between calls goes.
 template <class Real>
 void end_of_call();

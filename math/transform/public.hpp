@@ -63,6 +63,8 @@ bool arguments_hold(long n, const Element* p) {
 // The caller's array or a new one; then the work, which tells whether it had the memory it needs.
 template <class Element, class Work>
 Element* deliver(Element* users, long n, long count, Work work) {
+  using Real = typename RealOfElement<Element>::type;
+  start_of_call<Real>();
   Element* q = users != nullptr ? users : result<Math, Element>(count);
   if (q == nullptr || !work(q)) {
     raise_out_of_memory<Math>({n}, {"n"});
@@ -70,7 +72,6 @@ Element* deliver(Element* users, long n, long count, Work work) {
   } else if (users == nullptr) {
     keep<Math>(q);
   }
-  using Real = typename RealOfElement<Element>::type;
   end_of_call<Real>();
   return q;
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "math/transform/plan.hpp"
+#include "math/transform/roots.hpp"
 #include "tests/support/quiet.hpp"
 #include "zent.h"
 
@@ -18,32 +19,19 @@ using Exact = std::complex<long double>;
 
 template <class R>
 struct Form;
-template <>
-struct Form<double> {
-  using Complex = zent_d_complex;
-  static constexpr auto fft_complex = zent_z_fft_complex;
-  static constexpr auto real = zent_d_fft_real;
-  static constexpr auto sine = zent_d_fft_sine;
-  static constexpr auto cosine = zent_d_fft_cosine;
-  static constexpr auto plane = zent_z_fft_2d_complex;
-  static constexpr auto complex_init = zent_z_fft_complex_init;
-  static constexpr auto real_init = zent_d_fft_real_init;
-  static constexpr auto sine_init = zent_d_fft_sine_init;
-  static constexpr auto cosine_init = zent_d_fft_cosine_init;
-};
-template <>
-struct Form<float> {
-  using Complex = zent_f_complex;
-  static constexpr auto fft_complex = zent_c_fft_complex;
-  static constexpr auto real = zent_f_fft_real;
-  static constexpr auto sine = zent_f_fft_sine;
-  static constexpr auto cosine = zent_f_fft_cosine;
-  static constexpr auto plane = zent_c_fft_2d_complex;
-  static constexpr auto complex_init = zent_c_fft_complex_init;
-  static constexpr auto real_init = zent_f_fft_real_init;
-  static constexpr auto sine_init = zent_f_fft_sine_init;
-  static constexpr auto cosine_init = zent_f_fft_cosine_init;
-};
+#define ZENT_FORM(C, R, Real)                                                                             \
+  template <>                                                                                             \
+  struct Form<Real> {                                                                                     \
+    using Complex = zent_##R##_complex;                                                                   \
+    static constexpr auto fft_complex = zent_##C##_fft_complex;                                           \
+    static constexpr auto real = zent_##R##_fft_real;                                                     \
+    static constexpr auto sine = zent_##R##_fft_sine, cosine = zent_##R##_fft_cosine;                     \
+    static constexpr auto plane = zent_##C##_fft_2d_complex;                                              \
+    static constexpr auto sine_init = zent_##R##_fft_sine_init, cosine_init = zent_##R##_fft_cosine_init; \
+  };
+ZENT_FORM(z, d, double)
+ZENT_FORM(c, f, float)
+#undef ZENT_FORM
 
 template <class R>
 std::vector<R> noise(long n) {
@@ -109,6 +97,12 @@ double real_error(long n) {
   }
   if (n % 2 == 0) found[static_cast<std::size_t>(n / 2)] = q.back();
   Form<R>::real(n, q.data(), ZENT_RETURN_USER, back.data(), ZENT_BACKWARD, 0);
+  // In place or not, either way.
+  std::vector<R> apart(p);
+  Form<R>::real(n, p.data(), ZENT_RETURN_USER, apart.data(), 0);
+  EXPECT_EQ(apart, q) << n;
+  Form<R>::real(n, apart.data(), ZENT_RETURN_USER, apart.data(), ZENT_BACKWARD, 0);
+  EXPECT_EQ(apart, back) << n;
   std::vector<Exact> returned, start;
   for (long k = 0; k < n; ++k) {
     returned.push_back(back[static_cast<std::size_t>(k)]);
@@ -146,7 +140,8 @@ TEST_P(Transforms, AgreeWithTheDefinition) {
 
 // One wave has one line in its spectrum, known without a sum over all elements.
 TEST_P(Transforms, LongLengthsFindALine) {
-  for (const long n : {10007L, 44100L, 65536L, 100003L, 1L << 17, 3188646L / 27}) {
+  // Whole vectors and ragged ones on both sides of the split, every radix, primes that go by the definition or by convolution.
+  for (const long n : {1728L, 8L * 11 * 13 * 17, 22050L, 44100L, 65536L, 1L << 17, 118098L, 10007L, 10L * 1009, 67L * 71 * 20}) {
     const long line = n / 3 + 1;
     std::vector<zent_d_complex> p(static_cast<std::size_t>(n));
     for (long k = 0; k < n; ++k) {
@@ -161,6 +156,32 @@ TEST_P(Transforms, LongLengthsFindALine) {
       others += re * re + q.im * q.im;
     }
     EXPECT_LT(std::sqrt(others) / static_cast<double>(n), 5 * 2.3e-16 * std::log2(static_cast<double>(n))) << n;
+  }
+}
+
+// Long primes against the definition at some of their places: the errors of the places are alike, so a few dozen tell.
+TEST_P(Transforms, LongPrimesAgreeAtSomePlaces) {
+  for (const long n : {10007L, 100003L}) {
+    const std::vector<double> p = noise<double>(2 * n);
+    std::vector<double> q(p);
+    auto* const z = reinterpret_cast<zent_d_complex*>(q.data());
+    zent_z_fft_complex(n, z, ZENT_RETURN_USER, z, 0);
+    std::vector<Exact> root(static_cast<std::size_t>(n)), found, expected;
+    for (long k = 0; k < n; ++k) {
+      root[static_cast<std::size_t>(k)] =
+          std::polar(1.0L, -2 * std::acos(-1.0L) * static_cast<long double>(k) / static_cast<long double>(n));
+    }
+    const std::vector<Exact> start = pairs(p.data(), n);
+    for (long place = 1; place < n; place += n / 31) {
+      Exact sum = 0;
+      for (long k = 0, angle = 0; k < n; ++k, angle = (angle + place) % n) {
+        sum += start[static_cast<std::size_t>(k)] * root[static_cast<std::size_t>(angle)];
+      }
+      expected.push_back(sum);
+      found.push_back({z[place].re, z[place].im});
+    }
+    EXPECT_LT(error<double>(found, expected) * std::log2(static_cast<double>(expected.size())), std::log2(static_cast<double>(n)))
+        << n;
   }
 }
 
@@ -339,6 +360,24 @@ TEST(Tables, RootsAreRightToTheLastPlace) {
   zent_free_allocated_memory(t);
 }
 
+// Next to the axes one part is small, and must be right to the last place all the same.
+TEST(Tables, RootsAreRightNextToTheAxes) {
+  for (const long n : {100003L, 14348907L, (1L << 24) - 1, 1L << 24}) {
+    std::vector<zent::transform::Root> memory(static_cast<std::size_t>(zent::transform::Roots::storage(n)));
+    const zent::transform::Roots roots(n, memory.data());
+    for (long axis = 1; axis < 4; ++axis) {
+      for (long k = axis * n / 4 - 4; k <= axis * n / 4 + 4; ++k) {
+        const auto beyond = static_cast<long double>(4 * k - axis * n);
+        const long double sine = std::sin(std::acos(-1.0L) / 2 * beyond / static_cast<long double>(n));
+        double pair[2];
+        roots.get(k, pair);
+        const double found = axis == 2 ? pair[1] : pair[0], expected = static_cast<double>(axis == 3 ? sine : -sine);
+        EXPECT_LE(std::abs(found - expected), std::nextafter(std::abs(expected), 2) - std::abs(expected)) << k << " of " << n;
+      }
+    }
+  }
+}
+
 // The passes that are told by their definition, one factor after the other, against the whole, in both directions.
 TEST(PlainPass, ChainsToTheTransform) {
   const long n = 3 * 4 * 5 * 7, factors[] = {3, 4, 5, 7};
@@ -430,6 +469,16 @@ TEST(Errors, LengthsBeyondAllMemory) {
     fails(zent_d_fft_cosine_init(n));
   }
   EXPECT_EQ(p[0], 1);
+}
+
+// A call that a fault ends in its middle leaves what it has prepared to the others, however many there are.
+TEST(Errors, FaultsTakeNoMemoryAway) {
+  be_quiet();
+  for (long n = 600; n < 700; ++n) {
+    zent_z_fft_complex(n, reinterpret_cast<zent_d_complex*>(4096), 0);
+    EXPECT_EQ(zent_error_code(), MATH_MAJOR_VIOLATION) << n;
+  }
+  EXPECT_LT(complex_error<double>(699, false), 1);
 }
 
 TEST(Infinities, EndInAResult) {
