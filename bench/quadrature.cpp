@@ -109,20 +109,29 @@ gsl_integration_workspace* space() {
     });                                             \
   }                                                 \
   BENCHMARK(name##_gsl);
-gsl_integration_qawo_table* table(double omega, double length, gsl_integration_qawo_enum kind) {
-  static gsl_integration_qawo_table* const t = gsl_integration_qawo_table_alloc(omega, length, kind, 21);
+gsl_integration_qawo_table* new_table() {
+  return gsl_integration_qawo_table_alloc(100, 1, GSL_INTEG_COSINE, 21);
+}
+gsl_integration_qawo_table* table() {
+  static gsl_integration_qawo_table* const t = new_table();
   return t;
 }
+gsl_integration_qawo_table* new_cycle_table() {
+  return gsl_integration_qawo_table_alloc(2, 1, GSL_INTEG_SINE, 21);
+}
 gsl_integration_qawo_table* cycle_table() {
-  static gsl_integration_qawo_table* const t = gsl_integration_qawo_table_alloc(2, 1, GSL_INTEG_SINE, 21);
+  static gsl_integration_qawo_table* const t = new_cycle_table();
   return t;
 }
 gsl_integration_workspace* cycle_space() {
   static gsl_integration_workspace* const w = gsl_integration_workspace_alloc(500);
   return w;
 }
+gsl_integration_qaws_table* new_powers() {
+  return gsl_integration_qaws_table_alloc(-0.5, -0.25, 1, 0);
+}
 gsl_integration_qaws_table* powers() {
-  static gsl_integration_qaws_table* const t = gsl_integration_qaws_table_alloc(-0.5, -0.25, 1, 0);
+  static gsl_integration_qaws_table* const t = new_powers();
   return t;
 }
 double break_points[3] = {0, 1, 3};
@@ -132,14 +141,16 @@ double break_points[3] = {0, 1, 3};
 
 OURS(rule_21_once, zent_d_int_fcn(none, 0, 1, USUAL(constant)))
 PEER(rule_21_once, constant, gsl_integration_qag(&f, 0, 1, 0, tolerance, 500, 2, w, &result, &error))
+PEER(rule_21_once_and_workspace, constant, gsl_integration_workspace* own = gsl_integration_workspace_alloc(500);
+     gsl_integration_qag(&f, 0, 1, 0, tolerance, 500, 2, own, &result, &error); gsl_integration_workspace_free(own))
 OURS(rule_21_step, zent_d_int_fcn(none, 0, 1, ZENT_FCN_W_DATA, cusp, nullptr, ZENT_ERR_ABS, 0.0, ZENT_ERR_REL, 1e-13, 0))
 PEER(rule_21_step, cusp, gsl_integration_qag(&f, 0, 1, 0, 1e-13, 500, 2, w, &result, &error))
 OURS(rule_21_peak, zent_d_int_fcn(none, 0, 1, USUAL(peak)))
 PEER(rule_21_peak, peak, gsl_integration_qag(&f, 0, 1, 0, tolerance, 500, 2, w, &result, &error))
 OURS(rule_61_waves, zent_d_int_fcn(none, 0, M_PI, ZENT_RULE, 6, USUAL(waves)))
 PEER(rule_61_waves, waves, gsl_integration_qag(&f, 0, M_PI, 0, tolerance, 500, 6, w, &result, &error))
-OURS(smooth_runge, zent_d_int_fcn_smooth(none, -1, 1, USUAL(runge)))
-PEER(smooth_runge, runge, size_t n = 0; gsl_integration_qng(&f, -1, 1, 0, tolerance, &result, &error, &n))
+OURS(smooth_runge, zent_d_int_fcn_smooth(none, -0.5, 0.5, USUAL(runge)))
+PEER(smooth_runge, runge, size_t n = 0; gsl_integration_qng(&f, -0.5, 0.5, 0, tolerance, &result, &error, &n))
 OURS(ends_logarithm, zent_d_int_fcn_sing(none, 0, 1, USUAL(logarithm)))
 PEER(ends_logarithm, logarithm, gsl_integration_qags(&f, 0, 1, 0, tolerance, 500, w, &result, &error))
 double points[1] = {1};
@@ -148,11 +159,18 @@ PEER(points_root, inner_root, gsl_integration_qagp(&f, break_points, 3, 0, toler
 OURS(infinite_gauss, zent_d_int_fcn_inf(none, 0, ZENT_INF_INF, USUAL(gauss)))
 PEER(infinite_gauss, gauss, gsl_integration_qagi(&f, 0, tolerance, 500, w, &result, &error))
 OURS(cos_exp, zent_d_int_fcn_trig(none, 0, 1, ZENT_COS, 100, USUAL(exponential)))
-PEER(cos_exp, exponential, gsl_integration_qawo(&f, 0, 0, tolerance, 500, w, table(100, 1, GSL_INTEG_COSINE), &result, &error))
+// Of the peer both ways: with work space and moments made beforehand, and made for the one integral as here.
+PEER(cos_exp, exponential, gsl_integration_qawo(&f, 0, 0, tolerance, 500, w, table(), &result, &error))
+PEER(cos_exp_and_table, exponential, gsl_integration_qawo_table* t = new_table();
+     gsl_integration_qawo(&f, 0, 0, tolerance, 500, w, t, &result, &error); gsl_integration_qawo_table_free(t))
 OURS(fourier_decay, zent_d_int_fcn_fourier(none, 0, ZENT_SIN, 2, ZENT_FCN_W_DATA, decay, nullptr, ZENT_ERR_ABS, tolerance, 0))
 PEER(fourier_decay, decay, gsl_integration_qawf(&f, 0, tolerance, 500, w, cycle_space(), cycle_table(), &result, &error))
+PEER(fourier_decay_and_table, decay, gsl_integration_qawo_table* t = new_cycle_table();
+     gsl_integration_qawf(&f, 0, tolerance, 500, w, cycle_space(), t, &result, &error); gsl_integration_qawo_table_free(t))
 OURS(powers_exp, zent_d_int_fcn_alg_log(none, 0, 1, ZENT_ALG_LEFT_LOG, -0.5, -0.25, USUAL(exponential)))
 PEER(powers_exp, exponential, gsl_integration_qaws(&f, 0, 1, powers(), 0, tolerance, 500, w, &result, &error))
+PEER(powers_exp_and_table, exponential, gsl_integration_qaws_table* t = new_powers();
+     gsl_integration_qaws(&f, 0, 1, t, 0, tolerance, 500, w, &result, &error); gsl_integration_qaws_table_free(t))
 OURS(pole_rational, zent_d_int_fcn_cauchy(none, -1, 5, 0, USUAL(rational)))
 PEER(pole_rational, rational, gsl_integration_qawc(&f, -1, 5, 0, 0, tolerance, 500, w, &result, &error))
 

@@ -1,5 +1,5 @@
 // FCN_DERIV: a derivative of a user function.
-#include "binding/callback.hpp"
+#include "binding/optimize_positions.hpp"
 #include "binding/routines.hpp"
 
 namespace zent::binding {
@@ -23,11 +23,25 @@ static_assert(sizeof positions / sizeof positions[0] == position_count);
 
 ORV_IDENT s_idUserRoutine;
 
-double d_fcn_deriv_fcn(double at) {
-  return call_scalar<double>(s_idUserRoutine, at);
+template <class Real>
+Real fcn_deriv_fcn(Real at) {
+  return call_scalar<Real>(s_idUserRoutine, at);
 }
-float f_fcn_deriv_fcn(float at) {
-  return call_scalar<float>(s_idUserRoutine, at);
+
+template <class Real>
+void differentiate(const Arguments& arguments, Real (*library)(Real (*)(Real), Real, ...)) {
+  Words words;
+  words.add(fcn_deriv_fcn<Real>);
+  arguments.add_options(words);
+  words.end();
+  // A user function that differentiates in its turn comes back to its own identifier.
+  const Slot outer = occupy(s_idUserRoutine, arguments, name);
+  Real value = 0;
+  const auto put_back = [&] { outer.put_back(); };
+  if (!guarded([&] { value = words.call<Real>(reinterpret_cast<void*>(library), *arguments.array<Real>(x)); }, put_back)) return;
+  put_back();
+  long code;
+  if (cmast_opi_clear_errors(1, &code, arguments.status, 1) == 0) arguments.store(result, arguments.real_type(), value);
 }
 
 }  // namespace
@@ -38,42 +52,11 @@ long mathstat_219(int argc, ORV_VARIABLE** argv, char*) {
   const long failed = cmast_init("FCN_DERIV");
   if (failed != 0) return failed;
   Arguments arguments;
-  if (!read_arguments(routine_219, argc, argv, arguments)) return 0;
-  const bool wide = arguments.is_double();
-  Words words;
-  if (wide) {
-    words.add(d_fcn_deriv_fcn);
+  if (!read_arguments(routine_219, argc, argv, arguments) || !fits_option(arguments, order)) return 0;
+  if (arguments.is_double()) {
+    differentiate<double>(arguments, zent_d_fcn_derivative);
   } else {
-    words.add(f_fcn_deriv_fcn);
-  }
-  if (arguments.present[order] && arguments.integer(order) != static_cast<int>(arguments.integer(order))) {
-    refuse("FCN_DERIV: argument ORDER does not fit in 32 bits");
-    return 0;
-  }
-  arguments.add_options(words);
-  words.end();
-  // A user function that differentiates in its turn comes back to its own identifier.
-  const ORV_IDENT outer = s_idUserRoutine;
-  double in_double = 0;
-  float in_single = 0;
-  s_idUserRoutine = user_routine(argv[name]);
-  const bool done = guarded(
-      [&] {
-        if (wide) {
-          in_double = words.call<double>(reinterpret_cast<void*>(zent_d_fcn_derivative), *arguments.array<double>(x));
-        } else {
-          in_single = words.call<float>(reinterpret_cast<void*>(zent_f_fcn_derivative), *arguments.array<float>(x));
-        }
-      },
-      [&] { s_idUserRoutine = outer; });
-  if (!done) return 0;
-  s_idUserRoutine = outer;
-  long code;
-  if (cmast_opi_clear_errors(1, &code, arguments.status, 1) != 0) return 0;
-  if (wide) {
-    arguments.store(result, ORV_TYP_DOUBLE, in_double);
-  } else {
-    arguments.store(result, ORV_TYP_FLOAT, in_single);
+    differentiate<float>(arguments, zent_f_fcn_derivative);
   }
   return 0;
 }

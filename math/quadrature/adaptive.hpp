@@ -79,7 +79,8 @@ struct Subintervals {
   long limit;
   long last, maxerr, nrmax;
   Real errmax;
-  Real area, errsum;  // over all intervals
+  Real area, errsum;                  // over all intervals
+  Real largest_value, largest_error;  // that went from them since they were added up
 
   Real& left(long k) {
     return alist[k - 1];
@@ -102,6 +103,7 @@ struct Subintervals {
     right(1) = b;
     value(1) = area = whole.result;
     error(1) = errsum = errmax = whole.abserr;
+    largest_value = largest_error = 0;
     iord[0] = 1;
     last = maxerr = nrmax = 1;
   }
@@ -114,14 +116,18 @@ struct Subintervals {
     h.b1 = Real(0.5) * (h.a1 + h.b2);
     return h;
   }
-  // The halves in place of their parent. Where a parent much larger than what is left goes, or one that was not finite, the
-  // difference would carry its rounding, so all others are added up anew. `last` counts the right half already.
+  // The halves in place of their parent. Where a parent much larger than what is left went, now or since the sums were made, or
+  // one that was not finite, they carry its rounding, so they are made anew.
   void update_sums(const Halves<Real>& h) {
     const Real before = std::fabs(value(h.parent));
     errsum += h.error - errmax;
     area += h.area - value(h.parent);
+    if (before > largest_value) largest_value = before;
+    if (errmax > largest_error) largest_error = errmax;
     constexpr Real small = sizeof(Real) == sizeof(float) ? Real(0x1p-12) : Real(0x1p-26);
-    if (errmax * small < errsum && before * small < std::fabs(area) && std::fabs(area) <= Machine<Real>::largest) return;
+    if (largest_error * small < errsum && largest_value * small < std::fabs(area) && std::fabs(area) <= Machine<Real>::largest) {
+      return;
+    }
     errsum = h.error;
     area = h.area;
     for (long k = 1; k < last; ++k) {
@@ -129,6 +135,7 @@ struct Subintervals {
       errsum += error(k);
       area += value(k);
     }
+    largest_error = largest_value = 0;
   }
   // The signs of rounding: the halves give the same area without a smaller error; the errors grow.
   bool stagnates(const Halves<Real>& h, bool equal_counts) {
@@ -175,13 +182,14 @@ struct Subintervals {
   }
 };
 
-// One block for the five lists. Null arrays when there is no memory.
+// One block for the five lists, and `extra` bytes behind elist. Null arrays when there is no memory.
 template <class Half, class Real>
-bool allocate(Subintervals<Real>& s, long limit, long room) {
+bool allocate(Subintervals<Real>& s, long limit, long room, long extra = 0) {
   static_assert(sizeof(long) % sizeof(Real) == 0);
   long bytes = 0;
   s = {};
   if (__builtin_mul_overflow(room, static_cast<long>(4 * sizeof(Real) + sizeof(long)), &bytes)) return false;
+  if (__builtin_add_overflow(bytes, extra, &bytes)) return false;
   char* const block = scratch<Half, char>(bytes);
   if (block == nullptr) return false;
   s.iord = reinterpret_cast<long*>(block);

@@ -15,34 +15,31 @@ struct AlgLogMoments {
   Real ri[25], rj[25], rg[25], rh[25];
 };
 
-// The moments of (1 + x)^alpha by their recurrence, and, from them, those with the logarithm.
+// The moments of (1 + x)^alpha by their recurrence, and from them, where g is not null, those with the logarithm. Each waits for
+// the one before it, so divisions are kept out of that.
 template <class Real>
-void power_moments(Real alpha, Real* r) {
+void end_moments(Real alpha, Real* r, Real* g) {
   const Real p1 = alpha + 1, p2 = alpha + 2, top = std::pow(Real(2), p1);
   r[0] = top / p1;
   r[1] = r[0] * alpha / p2;
+  if (g != nullptr) {
+    g[0] = -r[0] / p1;
+    g[1] = -(top + top) / (p2 * p2) - g[0];
+  }
   for (int k = 2; k < 25; ++k) {
-    const Real n = static_cast<Real>(k);
-    r[k] = -(top + n * (n - p2) * r[k - 1]) / ((n - 1) * (n + p1));
+    const Real n = static_cast<Real>(k), c = n * (n - p2), inverse = 1 / ((n - 1) * (n + p1));
+    r[k] = -(top + c * r[k - 1]) * inverse;
+    if (g != nullptr) g[k] = -(c * g[k - 1] - (n * r[k - 1] - (n - 1) * r[k])) * inverse;
   }
 }
-template <class Real>
-void log_moments(Real alpha, const Real* r, Real* g) {
-  const Real p1 = alpha + 1, p2 = alpha + 2, top = std::pow(Real(2), p1);
-  g[0] = -r[0] / p1;
-  g[1] = -(top + top) / (p2 * p2) - g[0];
-  for (int k = 2; k < 25; ++k) {
-    const Real n = static_cast<Real>(k);
-    g[k] = -(n * (n - p2) * g[k - 1] - n * r[k - 1] + (n - 1) * r[k]) / ((n - 1) * (n + p1));
-  }
-}
+
+// Those that the weight asks for.
 template <class Real>
 void l_q5aws(Real alpha, Real beta, long weight, AlgLogMoments<Real>& m) {
-  power_moments(alpha, m.ri);
-  power_moments(beta, m.rj);
-  if (weight == left_log || weight == both_logs) log_moments(alpha, m.ri, m.rg);
-  const bool right = weight == right_log || weight == both_logs;
-  if (right) log_moments(beta, m.rj, m.rh);
+  const bool left = weight == left_log || weight == both_logs, right = weight == right_log || weight == both_logs;
+  if (left || alpha != 0) end_moments(alpha, m.ri, left ? m.rg : nullptr);
+  if (!right && beta == 0) return;
+  end_moments(beta, m.rj, right ? m.rh : nullptr);
   for (int k = 1; k < 25; k += 2) {
     m.rj[k] = -m.rj[k];
     if (right) m.rh[k] = -m.rh[k];
@@ -70,8 +67,8 @@ template <class Real>
 struct SeriesSums {
   Real long_sum, short_sum;
   SeriesSums(const Real* cheb12, const Real* cheb24, const Real* moments)
-      : long_sum(strand_sum<Real, 25>([&](int k) { return cheb24[k] * moments[k]; })),
-        short_sum(strand_sum<Real, 13>([&](int k) { return cheb12[k] * moments[k]; })) {}
+      : long_sum(lane_sum<Real, 25>([=](auto at) { return at(cheb24) * at(moments); })),
+        short_sum(lane_sum<Real, 13>([=](auto at) { return at(cheb12) * at(moments); })) {}
 };
 
 // A piece [bl, br] that touches the end at which the factor belongs to the moments; `value` is f times the factor of the other
@@ -117,7 +114,9 @@ WeightedEstimate<Real> l_q4aws(const F& f, Real a, Real b, Real bl, Real br, Rea
                       }),
             25};
   }
-  return {l_q8awo(f, Weight<Real>{l_q6aws<Real>, a, b, alpha, beta, weight}, bl, br), 15};
+  return {l_q8awo(
+              f, [=](Real x) { return l_q6aws(x, a, b, alpha, beta, weight); }, bl, br),
+          15};
 }
 
 // Algebraic and logarithmic factors at the ends. The first step always halves.
@@ -179,10 +178,24 @@ Outcome<Real> l_q3aws(const F& f, Real a, Real b, Real alpha, Real beta, long we
   return o;
 }
 
+// What the recurrence of the moments of 1 / (x - c) takes away: -2 times the integral of T_{k-1}.
 template <class Real>
-Real l_q5awc(Real x, Real c, Real, Real, Real, long) {
-  return 1 / (x - c);
-}
+struct PoleTerms {
+  Real at[25];
+  constexpr PoleTerms() : at() {
+    for (int k = 3; k < 25; k += 2) at[k] = Real(4) / static_cast<Real>((k - 1) * (k - 1) - 1);
+  }
+};
+template <class Real>
+inline constexpr PoleTerms<Real> pole_terms;
+
+template <class Real>
+struct PoleWeight {  // l_q5awc
+  Real c;
+  Real operator()(Real x) const {
+    return 1 / (x - c);
+  }
+};
 
 // f(x) / (x - c) on [a, b]: near c by the moments of 1 / (x - c), else by 15 points. krul counts down with each use of the
 // latter.
@@ -191,7 +204,7 @@ WeightedEstimate<Real> l_q4awc(const F& f, Real a, Real b, Real c, long& krul) {
   const Real cc = (2 * c - b - a) / (b - a);
   if (!(std::fabs(cc) < Real(1.1))) {
     --krul;
-    const Estimate<Real> e = l_q8awo(f, Weight<Real>{l_q5awc<Real>, c, 0, 0, 0, 0}, a, b);
+    const Estimate<Real> e = l_q8awo(f, PoleWeight<Real>{c}, a, b);
     if (e.resasc == e.abserr) ++krul;
     return {e, 15};
   }
@@ -200,10 +213,8 @@ WeightedEstimate<Real> l_q4awc(const F& f, Real a, Real b, Real c, long& krul) {
   l_q7awo(values, cheb12, cheb24);
   moments[0] = std::log(std::fabs((1 - cc) / (1 + cc)));
   moments[1] = 2 + cc * moments[0];
-  for (int k = 2; k < 25; ++k) {
-    moments[k] = 2 * cc * moments[k - 1] - moments[k - 2];
-    if (k % 2 != 0) moments[k] -= Real(4) / static_cast<Real>((k - 1) * (k - 1) - 1);
-  }
+  const Real twice = 2 * cc;
+  for (int k = 2; k < 25; ++k) moments[k] = twice * moments[k - 1] - (moments[k - 2] + pole_terms<Real>.at[k]);
   const SeriesSums<Real> sums(cheb12, cheb24, moments);
   return {settled(Estimate<Real>{sums.long_sum, std::fabs(sums.long_sum - sums.short_sum), 0, Machine<Real>::largest}), 25};
 }

@@ -36,10 +36,7 @@ struct Probe {
   Real x, size, middle, near_left, near_right;
 
   Real at(Real place) {
-    Frame* const frame = enter_user<Math>();
-    const Real value = q.with_data != nullptr ? q.with_data(place, q.data) : q.fcn(place);
-    leave_user<Math>(frame);
-    return seen(value);
+    return seen(user_call<Math>([&] { return q.with_data != nullptr ? q.with_data(place, q.data) : q.fcn(place); }));
   }
   Real seen(Real value) {
     if (std::isfinite(value)) size = std::max(size, std::abs(value));
@@ -85,7 +82,7 @@ void l_d3riv(Probe<Real>& p, Real h, Real smallest, Best<Real>& best) {
   Real table[most_columns] = {};
   Real attained = Machine<Real>::infinity;  // in this run
   bool halved = false;
-  for (long row = 0; h >= smallest; h /= 2) {
+  for (long row = 0; h > 0 && h >= smallest; h /= 2) {
     const Real difference = l_d4riv(p, h, halved);
     if (p.given_up()) return;
     halved = true;

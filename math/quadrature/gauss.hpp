@@ -83,6 +83,25 @@ void l_recurrence(const Family& f, long n, Real* a, Real* b) {
   }
 }
 
+// What Stirling's formula leaves of the logarithm of the gamma function.
+inline long double l_stirling_rest(long double z) {
+  constexpr long double half_log_two_pi = 0.918938533204672741780329736405617640L;
+  if (z < 20) return std::lgamma(z) - ((z - 0.5L) * std::log(z) - z + half_log_two_pi);
+  const long double u = 1 / (z * z);
+  return (1 / 12.0L - u * (1 / 360.0L - u * (1 / 1260.0L - u * (1 / 1680.0L - u * (1 / 1188.0L - u * (691 / 360360.0L)))))) / z;
+}
+
+// 2^(a + b - 1) beta(a, b) for great a + b, where logarithms of gamma functions would take each other's digits away.
+inline long double l_jacobi_mass(long double a, long double b) {
+  constexpr long double half_pi = 1.57079632679489661923132169163975144L;
+  const long double sum = a + b, skew = (a - b) / sum;
+  const auto twice_part = [&](long double x, long double excess) {  // log(2 x / sum)
+    return std::abs(excess) < 0.5L ? std::log1p(excess) : std::log(2 * (x / sum));
+  };
+  const long double rest = l_stirling_rest(a) + l_stirling_rest(b) - l_stirling_rest(sum);
+  return std::exp(a * twice_part(a, skew) + b * twice_part(b, -skew) + rest) * std::sqrt(half_pi / a * (sum / b));
+}
+
 // The integral of the weight function.
 inline long double l_mass(const Family& f) {
   constexpr long double pi = 3.14159265358979323846264338327950288L;
@@ -103,15 +122,21 @@ inline long double l_mass(const Family& f) {
       if (alpha + beta < 1000) {
         return std::exp2(alpha + beta + 1) * std::tgamma(alpha + 1) / std::tgamma(alpha + beta + 2) * std::tgamma(beta + 1);
       }
-      return std::exp((alpha + beta + 1) * std::log(2.0L) + std::lgamma(alpha + 1) + std::lgamma(beta + 1) -
-                      std::lgamma(alpha + beta + 2));
+      return l_jacobi_mass(alpha + 1, beta + 1);
   }
 }
 
 // The last pivot of J - x of order m, so that its inverse is the last element of the inverse matrix. x lies outside the interval,
-// or at its end, where all pivots have one sign.
+// or at its end, where all pivots have one sign. At an end of (-1, 1) it is known, where a weight that gathers there would leave
+// the recurrence few digits.
 template <class Real>
-Real l_last_pivot(long m, const Real* a, const Real* b, Real x) {
+Real l_last_pivot(const Family& f, long m, const Real* a, const Real* b, Real x) {
+  if (f.weight == jacobi && (x == 1 || x == -1)) {
+    const Real k = static_cast<Real>(m), near = static_cast<Real>(x > 0 ? f.alpha : f.beta);
+    const Real sum = static_cast<Real>(f.alpha) + static_cast<Real>(f.beta);
+    const Real rest = m == 1 ? Real(1) : (k + sum) / (2 * k - 1 + sum);
+    return -2 * x * (k + near) / (2 * k + sum) * rest;
+  }
   Real pivot = a[0] - x;
   for (long k = 1; k < m; ++k) pivot = a[k] - x - b[k] * (b[k] / pivot);
   return pivot;
@@ -119,13 +144,13 @@ Real l_last_pivot(long m, const Real* a, const Real* b, Real x) {
 
 // Changes the last row of the matrix so that it has the fixed points as eigenvalues.
 template <class Real>
-void l_fix(long n, long count, const Real* fixed, bool symmetric, Real* a, Real* b) {
+void l_fix(const Family& f, long n, long count, const Real* fixed, bool symmetric, Real* a, Real* b) {
   if (count == 1) {
-    a[n - 1] = n == 1 ? fixed[0] : fixed[0] + b[n - 1] * (b[n - 1] / l_last_pivot(n - 1, a, b, fixed[0]));
+    a[n - 1] = n == 1 ? fixed[0] : fixed[0] + b[n - 1] * (b[n - 1] / l_last_pivot(f, n - 1, a, b, fixed[0]));
     return;
   }
   const Real low = std::min(fixed[0], fixed[1]), high = std::max(fixed[0], fixed[1]);
-  const Real at_low = l_last_pivot(n - 1, a, b, low), at_high = l_last_pivot(n - 1, a, b, high);
+  const Real at_low = l_last_pivot(f, n - 1, a, b, low), at_high = l_last_pivot(f, n - 1, a, b, high);
   // a + b^2 / at = point at both; the pivots are positive at the low point and negative at the high one.
   const Real part = (high - low) / (at_low - at_high);
   a[n - 1] = symmetric ? 0 : low - part * at_high;
@@ -215,11 +240,15 @@ void l_polish(long n, const Real* a, const Real* b, const Real* inverse, Real ma
   }
 }
 
-// Whether the weights still add up to the mass, to half their digits. A fixed point far away takes those of the eigenvalues.
+// Whether the points are still apart and the weights add up to the mass, to half their digits. A fixed point far away takes those
+// of the eigenvalues.
 template <class Real, class W>
-bool adds_up(long n, const W* w, W mass) {
+bool holds_together(long n, const W* x, const W* w, W mass) {
   W sum = 0;
-  for (long i = 0; i < n; ++i) sum += w[i];
+  for (long i = 0; i < n; ++i) {
+    if (i > 0 && x[i] <= x[i - 1]) return false;
+    sum += w[i];
+  }
   return !(std::abs(sum - mass) > static_cast<W>(std::sqrt(Machine<Real>::epsilon)) * mass);
 }
 
@@ -241,7 +270,7 @@ void l_rule(const Family& family, long n, long count, const Real* fixed, Real* p
   for (long i = 0; i < count; ++i) place[i] = static_cast<W>(fixed[i]);
   const bool symmetric = family.symmetric() && (count == 0 || (count == 2 && fixed[0] == -fixed[1]));
   l_recurrence(family, n, a, b);
-  if (count > 0) l_fix(n, count, place, symmetric, a, b);
+  if (count > 0) l_fix(family, n, count, place, symmetric, a, b);
   for (long k = 0; k < n; ++k) inverse[k] = 1 / b[k];
   if (!std::isfinite(static_cast<double>(a[n - 1])) || !std::isfinite(static_cast<double>(b[n - 1]))) {
     raise<Math>(5, MATH_BAD_FIXED_POINT_VALUE);
@@ -254,7 +283,7 @@ void l_rule(const Family& family, long n, long count, const Real* fixed, Real* p
   }
   const W mass = static_cast<W>(l_mass(family));
   l_polish(n, a, b, inverse, mass, count, place, symmetric, x, w);
-  if (count > 0 && !adds_up<Real>(n, w, mass)) {
+  if (count > 0 && !holds_together<Real>(n, x, w, mass)) {
     raise<Math>(5, MATH_BAD_FIXED_POINT_VALUE);
     return;
   }

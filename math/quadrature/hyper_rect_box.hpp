@@ -22,10 +22,7 @@ struct Request {
 
   // At a point that the function may destroy.
   Real at(long ndim, Real* x) const {
-    Frame* const frame = enter_user<Math>();
-    const Real value = with_data != nullptr ? with_data(ndim, x, data) : fcn(ndim, x);
-    leave_user<Math>(frame);
-    return value;
+    return user_call<Math>([&] { return with_data != nullptr ? with_data(ndim, x, data) : fcn(ndim, x); });
   }
   // The function raised a fatal error: further calls would only repeat it.
   bool given_up() const {

@@ -33,7 +33,9 @@ struct Inner {
 
   Real operator()(Real y) const {
     ++plane->calls;
-    return plane->with_data != nullptr ? plane->with_data(x, y, plane->data) : plane->fcn(x, y);
+    const Real value = plane->with_data != nullptr ? plane->with_data(x, y, plane->data) : plane->fcn(x, y);
+    back_to<Math>(frame);
+    return value;
   }
   void begin() const {
     frame = enter_user<Math>();

@@ -19,11 +19,12 @@ struct TrigWork {
 
 template <class Real>
 bool make_work(TrigWork<Real>& w, const IntOptions<Real>& o) {
-  if (!allocate<Math>(w.s, o.max_subinter, o.max_subinter)) return false;
-  w.nnlog = scratch<Math, long>(o.max_subinter);
-  const long rows = o.max_moments < 1 ? 1 : o.max_moments;
-  w.moments = {scratch<Math, Real>(rows * moment_row), rows, 0};
-  return w.nnlog != nullptr && w.moments.chebmo != nullptr;
+  const long room = o.max_subinter, rows = o.max_moments < 1 ? 1 : o.max_moments;  // both of 32 bits
+  const long levels = room * static_cast<long>(sizeof(long)), moments = rows * moment_row * static_cast<long>(sizeof(Real));
+  if (!allocate<Math>(w.s, room, room, levels + moments)) return false;
+  w.nnlog = reinterpret_cast<long*>(w.s.elist + room);
+  w.moments = {reinterpret_cast<Real*>(w.nnlog + room), rows, 0};
+  return true;
 }
 
 inline long trig_weight(long weight) {

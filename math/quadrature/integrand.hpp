@@ -27,12 +27,16 @@ struct Integrand {
   Origin origin;
   mutable Frame* frame = nullptr;  // of the integrator, while f runs
 
+  // Frames that one call abandoned must neither add up with those of the next nor catch its errors.
   Real operator()(Real x) const {
-    return with_data != nullptr ? with_data(x, data) : plain(x);
+    const Real value = with_data != nullptr ? with_data(x, data) : plain(x);
+    back_to<Half>(frame);
+    return value;
   }
   // Around a group of calls within which the library itself raises nothing.
   void begin() const {
-    if (origin == Origin::user) frame = enter_user<Half>();
+    frame = error_state<Half>.top;
+    if (origin == Origin::user) enter_user<Half>();
   }
   void end() const {
     if (origin == Origin::user) leave_user<Half>(frame);

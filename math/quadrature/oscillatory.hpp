@@ -12,10 +12,10 @@ inline constexpr long moment_row = 25;  // moments of T_0 to T_24: cosine at eve
 
 // One recurrence serves both kinds: with M_n the integral of T_n(x) times cos or sin of p x over [-1, 1],
 //   p^2 (n - 1)(n - 2) M_{n+2} - 2 (n^2 - 4)(p^2 - 2 n^2 + 2) M_n + p^2 (n + 1)(n + 2) M_{n-2} = right side at n.
+// Both are taken along in one loop, since each step of either waits for the one before it.
 template <class Real>
 struct MomentRecurrence {
   Real p, p2, s, c;  // the parameter, its square, its sine and cosine
-  bool cosine;
 
   Real lower(Real n) const {
     return (n + 1) * (n + 2) * p2;
@@ -26,11 +26,11 @@ struct MomentRecurrence {
   Real upper(Real n) const {
     return (n - 1) * (n - 2) * p2;
   }
-  Real right(Real n) const {
+  Real right(Real n, bool cosine) const {
     return cosine ? 24 * p * s - (n * n - 4) * 8 * c : -24 * p * c - (n * n - 4) * 8 * s;
   }
   // M_n for n large against p, from the derivatives at the ends: four terms in 1 / n^2.
-  Real far(Real n) const {
+  Real far(Real n, bool cosine) const {
     const Real n2 = n * n;
     if (cosine) {
       const Real ps = p * s;
@@ -43,35 +43,39 @@ struct MomentRecurrence {
   }
 };
 
-// Moments known[0..] of degrees first - 2, ... are there; extends to the degree `last` upwards in steps of 2, which is stable
-// while the degree is below the parameter.
+// Known are the moments of degrees up to 4; goes upwards in steps of 2, which is stable while the degree is below the parameter.
 template <class Real>
-void extend_forward(const MomentRecurrence<Real>& r, Real* m, int first, int last) {
-  for (int n = first - 2; n + 2 <= last; n += 2) {
-    const Real x = static_cast<Real>(n);
-    m[n + 2] = (r.right(x) - r.middle(x) * m[n] - r.lower(x) * m[n - 2]) / r.upper(x);
+void extend_forward(const MomentRecurrence<Real>& r, Real* m) {
+  for (int n = 4; n <= 22; n += 2) {
+    for (int k : {n, n - 1}) {
+      const Real x = static_cast<Real>(k), inverse = 1 / r.upper(x);
+      m[k + 2] = (r.right(x, k == n) - r.lower(x) * m[k - 2] - r.middle(x) * m[k]) * inverse;
+    }
   }
 }
 
-// The same as a boundary value problem: the moment before `first` is known, the one behind the last equation is taken from afar.
-// Partial pivoting moves fill into a second upper diagonal.
+// Tridiagonal equations for 25 moments from degree `first` on in steps of 2. Pivoting moves fill into a second upper diagonal.
 template <class Real>
-void extend_between(const MomentRecurrence<Real>& r, Real* m, int first, int last) {
-  constexpr int equations = 25;
+struct MomentEquations {
+  static constexpr int equations = 25, end = equations - 1;
   Real diagonal[equations], upper[equations], second[equations], lower[equations], x[equations];
-  for (int k = 0; k < equations; ++k) {
-    const Real n = static_cast<Real>(first + 2 * k);
-    lower[k] = r.lower(n);
-    diagonal[k] = r.middle(n);
-    upper[k] = r.upper(n);
-    second[k] = 0;
-    x[k] = r.right(n);
+
+  // The moment before the first is known, the one behind the last is taken from afar.
+  void set(const MomentRecurrence<Real>& r, int first, bool cosine, Real before) {
+    for (int k = 0; k < equations; ++k) {
+      const Real n = static_cast<Real>(first + 2 * k);
+      lower[k] = r.lower(n);
+      diagonal[k] = r.middle(n);
+      upper[k] = r.upper(n);
+      second[k] = 0;
+      x[k] = r.right(n, cosine);
+    }
+    x[0] -= lower[0] * before;
+    x[end] -= upper[end] * r.far(static_cast<Real>(first + 2 * equations), cosine);
+    upper[end] = 0;
   }
-  x[0] -= lower[0] * m[first - 2];
-  constexpr int end = equations - 1;
-  x[end] -= upper[end] * r.far(static_cast<Real>(first + 2 * equations));
-  upper[end] = 0;
-  for (int k = 0; k < end; ++k) {
+  // Leaves row k divided by its pivot.
+  void eliminate(int k) {
     if (std::fabs(lower[k + 1]) > std::fabs(diagonal[k])) {
       const Real d = diagonal[k], u = upper[k], y = x[k];
       diagonal[k] = lower[k + 1];
@@ -83,38 +87,57 @@ void extend_between(const MomentRecurrence<Real>& r, Real* m, int first, int las
       upper[k + 1] = 0;
       x[k + 1] = y;
     }
-    const Real factor = lower[k + 1] / diagonal[k];
-    diagonal[k + 1] -= factor * upper[k];
-    upper[k + 1] -= factor * second[k];
-    x[k + 1] -= factor * x[k];
+    const Real inverse = 1 / diagonal[k];
+    upper[k] *= inverse;
+    second[k] *= inverse;
+    x[k] *= inverse;
+    diagonal[k + 1] -= lower[k + 1] * upper[k];
+    upper[k + 1] -= lower[k + 1] * second[k];
+    x[k + 1] -= lower[k + 1] * x[k];
   }
-  x[end] /= diagonal[end];
-  x[end - 1] = (x[end - 1] - upper[end - 1] * x[end]) / diagonal[end - 1];
-  for (int k = end - 2; k >= 0; --k) x[k] = (x[k] - upper[k] * x[k + 1] - second[k] * x[k + 2]) / diagonal[k];
-  for (int n = first; n <= last; n += 2) m[n] = x[(n - first) / 2];
+  void substitute(int k) {
+    if (k < end - 1) x[k] -= second[k] * x[k + 2];
+    x[k] -= upper[k] * x[k + 1];
+  }
+};
+
+// The same as boundary value problems.
+template <class Real>
+void extend_between(const MomentRecurrence<Real>& r, Real* m) {
+  using E = MomentEquations<Real>;
+  E cosines, sines;
+  cosines.set(r, 6, true, m[4]);
+  sines.set(r, 5, false, m[3]);
+  for (int k = 0; k < E::end; ++k) {
+    cosines.eliminate(k);
+    sines.eliminate(k);
+  }
+  cosines.x[E::end] /= cosines.diagonal[E::end];
+  sines.x[E::end] /= sines.diagonal[E::end];
+  for (int k = E::end - 1; k >= 0; --k) {
+    cosines.substitute(k);
+    sines.substitute(k);
+  }
+  for (int k = 0; k < 10; ++k) {
+    m[5 + 2 * k] = sines.x[k];
+    m[6 + 2 * k] = cosines.x[k];
+  }
 }
 
 // All 25 moments for |p| > 2.
 template <class Real>
 void oscillatory_moments(Real p, Real* m) {
-  MomentRecurrence<Real> r{p, p * p, std::sin(p), std::cos(p), true};
+  const MomentRecurrence<Real> r{p, p * p, std::sin(p), std::cos(p)};
   const Real p2 = r.p2, ps = r.s / p;
-  const bool forward = std::fabs(p) > 24;
   m[0] = 2 * ps;
-  m[2] = (8 * r.c + (2 * p2 - 8) * ps) / p2;
-  m[4] = (32 * (p2 - 12) * r.c + 2 * ((p2 - 80) * p2 + 192) * ps) / (p2 * p2);
-  if (forward) {
-    extend_forward(r, m, 6, 24);
-  } else {
-    extend_between(r, m, 6, 24);
-  }
-  r.cosine = false;
   m[1] = 2 * (r.s - p * r.c) / p2;
+  m[2] = (8 * r.c + (2 * p2 - 8) * ps) / p2;
   m[3] = (18 - 48 / p2) * r.s / p2 + (48 / p2 - 2) * r.c / p;
-  if (forward) {
-    extend_forward(r, m, 5, 23);
+  m[4] = (32 * (p2 - 12) * r.c + 2 * ((p2 - 80) * p2 + 192) * ps) / (p2 * p2);
+  if (std::fabs(p) > 24) {
+    extend_forward(r, m);
   } else {
-    extend_between(r, m, 5, 23);
+    extend_between(r, m);
   }
 }
 
@@ -140,7 +163,7 @@ struct MomentTable {
 };
 
 template <class Real>
-Real l_q6awo(Real x, Real omega, Real, Real, Real, long weight) {
+Real l_q6awo(Real x, Real omega, long weight) {
   return weight == cosine_weight ? std::cos(omega * x) : std::sin(omega * x);
 }
 
@@ -151,7 +174,8 @@ Estimate<Real> l_q5awo(const F& f, Real a, Real b, Real omega, long weight, long
   const Real centre = Real(0.5) * (a + b), h = Real(0.5) * (b - a), p = omega * h;
   if (std::fabs(p) <= 2) {
     neval += 15;
-    return l_q8awo(f, Weight<Real>{l_q6awo<Real>, omega, 0, 0, 0, weight}, a, b);
+    return l_q8awo(
+        f, [=](Real x) { return l_q6awo(x, omega, weight); }, a, b);
   }
   neval += 25;
   Real values[25], cheb12[13], cheb24[25];

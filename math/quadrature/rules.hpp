@@ -4,6 +4,8 @@
 
 #include <bit>
 #include <cmath>
+#include <cstring>
+#include <type_traits>
 
 #include "math/quadrature/integrand.hpp"
 #include "runtime/machine.hpp"
@@ -127,7 +129,7 @@ inline Real scaled_error(Real error, Real resabs, Real resasc) {
 // rounding.
 template <class Real>
 inline Estimate<Real> settled(const Estimate<Real>& e) {
-  if (e.abserr <= Machine<Real>::largest) [[likely]]
+  if (e.abserr <= Machine<Real>::largest && std::fabs(e.result) <= Machine<Real>::largest) [[likely]]
     return e;
   return {e.result, Machine<Real>::largest, 0, Machine<Real>::largest};
 }
@@ -139,34 +141,63 @@ inline Real tolerance(Real err_abs, Real err_rel, Real result) {
   return relative > err_abs && relative <= Machine<Real>::largest ? relative : err_abs;
 }
 
-// The sum of n terms in four strands, so that no addition waits for the one before it.
-template <class Real, class Term>
-inline Real strand_sum(int n, Term term) {
-  Real s[4] = {};
-  int j = 0;
-  for (; j + 4 <= n; j += 4) {
-    for (int i = 0; i < 4; ++i) s[i] += term(j + i);
+// As many numbers as the machine works on at once, and how they are read from arrays of them, or the last ones one by one.
+template <class Real>
+struct Lanes {
+  typedef Real type __attribute__((vector_size(16)));
+  typedef std::conditional_t<sizeof(Real) == 8, long, int> bits __attribute__((vector_size(16)));
+  static constexpr int width = 16 / sizeof(Real);
+
+  int j;
+  type operator()(const Real* p) const {
+    type v;
+    std::memcpy(&v, p + j, sizeof v);
+    return v;
   }
-  for (; j < n; ++j) s[j % 4] += term(j);
-  return (s[0] + s[1]) + (s[2] + s[3]);
+  static type absolute(type v) {
+    return std::bit_cast<type>(std::bit_cast<bits>(v) & (sizeof(Real) == 8 ? ~(1L << 63) : 0x7FFFFFFF));
+  }
+};
+template <class Real>
+struct Single {
+  int j;
+  Real operator()(const Real* p) const {
+    return p[j];
+  }
+  static Real absolute(Real x) {
+    return std::fabs(x);
+  }
+};
+
+// The sum of n terms: term(at) takes element j of an array x by at(x). Two strands of lanes, so that additions do not wait for
+// each other.
+template <class Real, int n, class Term>
+inline Real lane_sum(Term term) {
+  using L = Lanes<Real>;
+  constexpr int pair = 2 * L::width, whole = n / L::width * L::width;
+  typename L::type s{}, t{};
+  for (int j = 0; j < n / pair * pair; j += pair) {
+    s += term(L{j});
+    t += term(L{j + L::width});
+  }
+  if constexpr (whole % pair != 0) s += term(L{whole - L::width});
+  s += t;
+  Real sum = s[0] + s[1];
+  for (int k = 2; k < L::width; ++k) sum += s[k];
+  for (int j = whole; j < n; ++j) sum += term(Single<Real>{j});
+  return sum;
 }
 
-// The same for a count that is known.
-template <class Real, int n, class Term>
-inline Real strand_sum(Term term) {
-  constexpr int full = n / 4 * 4;
-  Real s0 = 0, s1 = 0, s2 = 0, s3 = 0;
-  for (int j = 0; j < full; j += 4) {
-    s0 += term(j);
-    s1 += term(j + 1);
-    s2 += term(j + 2);
-    s3 += term(j + 3);
+// The weights of the Gauss rule at the nodes of the Kronrod rule, 0 at those which are not its own.
+template <class Real, int points>
+struct GaussWeights {
+  Real at[points / 2];
+  constexpr GaussWeights() : at() {
+    for (int j = 0; j < Kronrod<Real, points>::gauss; ++j) at[2 * j + 1] = Kronrod<Real, points>::wg[j];
   }
-  if constexpr (n > full) s0 += term(full);
-  if constexpr (n > full + 1) s1 += term(full + 1);
-  if constexpr (n > full + 2) s2 += term(full + 2);
-  return (s0 + s1) + (s2 + s3);
-}
+};
+template <class Real, int points>
+inline constexpr GaussWeights<Real, points> gauss_weights;
 
 // Sums a Gauss-Kronrod pair over values at the centre and at h times the nodes to either side of it.
 template <int points, class Real>
@@ -174,16 +205,15 @@ inline Estimate<Real> kronrod_sums(Real centre_value, const Real* left, const Re
   using T = Kronrod<Real, points>;
   constexpr int n = T::half;
   constexpr bool centre_in_gauss = n % 2 != 0;
-  Real sum[n];
-  for (int j = 0; j < n; ++j) sum[j] = left[j] + right[j];
-  const Real kronrod = centre_value * T::wgk[n] + strand_sum<Real, n>([&](int j) { return T::wgk[j] * sum[j]; });
+  constexpr const Real* wg = gauss_weights<Real, points>.at;
+  const Real kronrod = centre_value * T::wgk[n] + lane_sum<Real, n>([=](auto at) { return at(T::wgk) * (at(left) + at(right)); });
   const Real gauss = (centre_in_gauss ? centre_value * T::wg[T::gauss] : Real(0)) +
-                     strand_sum<Real, T::gauss>([&](int j) { return T::wg[j] * sum[2 * j + 1]; });
+                     lane_sum<Real, n>([=](auto at) { return at(wg) * (at(left) + at(right)); });
   const Real absolute = T::wgk[n] * std::fabs(centre_value) +
-                        strand_sum<Real, n>([&](int j) { return T::wgk[j] * (std::fabs(left[j]) + std::fabs(right[j])); });
+                        lane_sum<Real, n>([=](auto at) { return at(T::wgk) * (at.absolute(at(left)) + at.absolute(at(right))); });
   const Real mean = kronrod / 2;
-  const Real variation = T::wgk[n] * std::fabs(centre_value - mean) + strand_sum<Real, n>([&](int j) {
-                           return T::wgk[j] * (std::fabs(left[j] - mean) + std::fabs(right[j] - mean));
+  const Real variation = T::wgk[n] * std::fabs(centre_value - mean) + lane_sum<Real, n>([=](auto at) {
+                           return at(T::wgk) * (at.absolute(at(left) - mean) + at.absolute(at(right) - mean));
                          });
   const Real width = std::fabs(h);
   Estimate<Real> e{kronrod * h, std::fabs((kronrod - gauss) * h), absolute * width, variation * width};
@@ -253,8 +283,8 @@ struct Weight {
     return w(x, p1, p2, p3, p4, kp);
   }
 };
-template <class F, class Real = typename F::real>
-[[gnu::noinline]] Estimate<Real> l_q8awo(const F& f, const Weight<Real>& w, Real a, Real b) {
+template <class F, class W, class Real = typename F::real>
+[[gnu::noinline]] Estimate<Real> l_q8awo(const F& f, const W& w, Real a, Real b) {
   return kronrod_apply<15>(f, a, b, [&f, &w](Real x) { return w(x) * f(x); });
 }
 

@@ -12,43 +12,44 @@ struct SmoothOutcome {
   bool reached;  // the tolerance
 };
 
-// The values of f on either side of the centre, kept from rule to rule, and the weights of the rule in use.
+// The values of f at the centre and on either side of it, kept from rule to rule.
 template <class Real>
 struct NestedValues {
-  Real centre, left[43], right[43], sum[43], weight[43];
+  Real centre, left[43], right[43];
   int count;
   Real rule;  // the last one, without the half length
 
   template <class F>
   void extend(const F& f, Real middle, Real h, const Real* nodes, int n) {
     f.begin();
-    for (int j = count; j < count + n; ++j) {
-      left[j] = f(middle - h * nodes[j - count]);
-      right[j] = f(middle + h * nodes[j - count]);
+    for (int j = 0; j < n; ++j) {
+      left[count + j] = f(middle - h * nodes[j]);
+      right[count + j] = f(middle + h * nodes[j]);
     }
     f.end();
-    for (int j = count; j < count + n; ++j) sum[j] = left[j] + right[j];
     count += n;
   }
 
-  Real weigh(Real centre_weight) const {
-    return centre_weight * centre + strand_sum<Real>(count, [this](int j) { return weight[j] * sum[j]; });
+  // The sum over n pairs of values from place `first` on, each as term(at, left, right) makes it.
+  template <int n, class Term>
+  Real sum(const Real* weight, int first, Term term) const {
+    const Real *l = left + first, *r = right + first;
+    return lane_sum<Real, n>([=](auto at) { return at(weight) * term(at, at(l), at(r)); });
   }
 
   // The rule with `known` weights for the older nodes and `fresh` ones for the newer nodes and the centre, its error being the
   // distance from the rule before it.
-  Estimate<Real> apply(const Real* known, int n_known, const Real* fresh, Real h) {
-    for (int j = 0; j < n_known; ++j) weight[j] = known[j];
-    for (int j = n_known; j < count; ++j) weight[j] = fresh[j - n_known];
-    const Real middle = fresh[count - n_known], before = rule;
-    rule = weigh(middle);
-    const Real absolute = middle * std::fabs(centre) + strand_sum<Real>(count, [this](int j) {
-                            return weight[j] * (std::fabs(left[j]) + std::fabs(right[j]));
-                          });
+  template <int n_known, int n_fresh>
+  Estimate<Real> apply(const Real* known, const Real* fresh, Real h) {
+    const auto over = [&](Real at_centre, auto term) {
+      return fresh[n_fresh] * at_centre + (sum<n_known>(known, 0, term) + sum<n_fresh>(fresh, n_known, term));
+    };
+    const Real before = rule;
+    rule = over(centre, [](auto, auto l, auto r) { return l + r; });
+    const Real absolute = over(std::fabs(centre), [](auto at, auto l, auto r) { return at.absolute(l) + at.absolute(r); });
     const Real mean = rule / 2;
-    const Real variation = middle * std::fabs(centre - mean) + strand_sum<Real>(count, [this, mean](int j) {
-                             return weight[j] * (std::fabs(left[j] - mean) + std::fabs(right[j] - mean));
-                           });
+    const Real variation =
+        over(std::fabs(centre - mean), [mean](auto at, auto l, auto r) { return at.absolute(l - mean) + at.absolute(r - mean); });
     const Real width = std::fabs(h);
     Estimate<Real> e{rule * h, std::fabs((rule - before) * h), absolute * width, variation * width};
     e.abserr = scaled_error(e.abserr, e.resabs, e.resasc);
@@ -69,19 +70,19 @@ template <class F, class Real = typename F::real>
   const auto reached = [&] { return e.abserr <= tolerance(err_abs, err_rel, e.result); };
 
   v.extend(f, centre, h, T::x1, 5);
-  v.rule = strand_sum<Real, 5>([&](int j) { return T::w10[j] * v.sum[j]; });
+  v.rule = v.template sum<5>(T::w10, 0, [](auto, auto l, auto r) { return l + r; });
   v.extend(f, centre, h, T::x2, 5);
-  e = v.apply(T::w21a, 5, T::w21b, h);
+  e = v.template apply<5, 5>(T::w21a, T::w21b, h);
   if (reached()) return {e.result, e.abserr, 21, true};
   if (f.given_up()) return {e.result, e.abserr, 21, false};
 
   v.extend(f, centre, h, T::x3, 11);
-  e = v.apply(T::w43a, 10, T::w43b, h);
+  e = v.template apply<10, 11>(T::w43a, T::w43b, h);
   if (reached()) return {e.result, e.abserr, 43, true};
   if (f.given_up()) return {e.result, e.abserr, 43, false};
 
   v.extend(f, centre, h, T::x4, 22);
-  e = v.apply(T::w87a, 21, T::w87b, h);
+  e = v.template apply<21, 22>(T::w87a, T::w87b, h);
   return {e.result, e.abserr, 87, reached()};
 }
 

@@ -102,6 +102,9 @@ TEST(Derivative, SurvivesBadFunctions) {
   calls = 0;
   EXPECT_TRUE(std::isnan(zent_d_fcn_derivative([](double) { return ++calls, static_cast<double>(INFINITY); }, 0.0, 0)));
   EXPECT_LT(calls, 300);
+  calls = 0;  // beside which no step is short
+  EXPECT_TRUE(std::isnan(zent_d_fcn_derivative([](double) { return ++calls, static_cast<double>(NAN); }, 5e-324, 0)));
+  EXPECT_LT(calls, 3000);
   EXPECT_TRUE(std::isnan(zent_d_fcn_derivative([](double x) { return std::sqrt(x); }, 0.0, 0)));
   EXPECT_TRUE(std::isnan(zent_d_fcn_derivative([](double x) { return x; }, INFINITY, 0)));
   // Values out of all proportion at the first steps say nothing about the rounding errors of the later ones.

@@ -146,6 +146,14 @@ TEST(GaussRules, ArePreciseInSmallWeightsToo) {
   near(r.w[29], 2.8474780522817955947);
   near(r.x[1], -0.96885232395418927266);
   near(r.w[1], 0.000084744966044289227815);
+  r = rule(20, jacobi, -0.99999, -0.25, {1});  // where nearly all of the weight is
+  near(r.x[18], 0.99230828504876548549);
+  near(r.w[18], 2.1571994038460345243);
+  r = rule(20, jacobi, -0.25, -0.99999, {1, -1});
+  near(r.x[1], -0.99189317415607400547);
+  near(r.w[1], 2.157163983575570688);
+  r = rule(2, jacobi, 1e6, 1.02e6);  // 2^2020001 beta(1000001, 1020001)
+  EXPECT_NEAR((r.w[0] + r.w[1]) / 1.7642048766359879394e+40, 1, 3e-15);
   r = rule(3000, laguerre, -0.99, 0);  // whose first points lie far below the rounding errors of the matrix
   EXPECT_NEAR(std::accumulate(r.w.begin(), r.w.end(), 0.0L) / 99.432585119150603714L, 1, 1e-14);
   for (long n : {1, 2, 9, 1000}) {
@@ -228,16 +236,17 @@ TEST(GaussRules, RefuseWhatIsNotARule) {
       {3, legendre, 0, 0, {inf, -1}, 4041},
       {3, legendre, 0, 0, {1e16}, 4041},  // beside which the other points have no digits
       {3, laguerre, 0, 0, {-1e200}, 4041},
+      {8, first, 0, 0, {-1e200}, 4041},  // points that fall together still have weights that add up
   };
   for (const Refusal& c : refusals) {
-    std::vector<double> x(3, 7), w(3, 8), fixed = c.fixed;
+    std::vector<double> x(8, 7), w(8, 8), fixed = c.fixed;
     zent_e1psh("refusal");
     zent_dg2rul(c.n, c.weight, c.alpha, c.beta, static_cast<long>(fixed.size()), fixed.data(), x.data(), w.data());
     EXPECT_EQ(zent_n1rcd(0), c.number);
     EXPECT_EQ(zent_n1rty(0), 5);
     zent_e1pop("refusal");
-    EXPECT_EQ(x, std::vector<double>(3, 7));
-    EXPECT_EQ(w, std::vector<double>(3, 8));
+    EXPECT_EQ(x, std::vector<double>(8, 7));
+    EXPECT_EQ(w, std::vector<double>(8, 8));
   }
   double x[3] = {7, 7, 7}, w[3];
   zent_d_gauss_quad_rule(3L, x, nullptr, 0);

@@ -3,9 +3,12 @@
 #include "math/quadrature/int_fcn.hpp"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <algorithm>
 #include <cmath>
+#include <csetjmp>
+#include <csignal>
 #include <cstring>
 #include <limits>
 #include <numbers>
@@ -136,6 +139,14 @@ TEST_F(IntFcn, TakesOddRanges) {
   EXPECT_EQ(zent_d_int_fcn_sing_pts(one, 0, 1, 3, p, ZENT_MAX_SUBINTER, 2, 0), 0);
   EXPECT_EQ(zent_error_code(), 0);
   EXPECT_NEAR(zent_d_int_fcn_fourier(decay, 5, ZENT_SIN, 0, 0), 1, 1e-8);  // from 0, whatever a is
+  // Far too wide: area and errors fall by a hundred powers of ten, and what is left of the first ones is not taken for the sum.
+  const auto bell = [](double x) { return std::exp(-x * x); };
+  REFUSES(zent_d_int_fcn_alg_log(bell, -1, 1e100, ZENT_ALG_LEFT_LOG, 0, 0.3, ZENT_ERR_ABS, 1e-4, ZENT_ERR_REL, 1e-5,
+                                 ZENT_MAX_SUBINTER, 132, 0),
+          4007, 5);
+  // The integral itself is beyond the largest number, which is no reason to trust it.
+  zent_d_int_fcn_alg_log([](double x) { return x; }, 0.5, 1e300, ZENT_ALG_LEFT_LOG, 0, 0, 0);
+  EXPECT_NE(zent_error_code(), 0);
 }
 
 // The formulas for the calls of f, with every rule.
@@ -252,6 +263,61 @@ TEST_F(IntFcn, FunctionsThatFailOrIntegrate) {
   EXPECT_TRUE(is_library_nan(zent_d_int_fcn_smooth(refused_machine, 0, 1, 0)));
   EXPECT_TRUE(is_library_nan(zent_d_int_fcn_alg_log(refused_machine, 0, 1, 1, 0.5, 0, 0)));
   EXPECT_TRUE(is_library_nan(zent_d_int_fcn_fourier(refused_machine, 0, ZENT_COS, 1, 0)));
+  EXPECT_EQ(zent_error_code(), 132);
+}
+
+// Integrals that a jump abandons, five deep at each call of an outer integrand that goes on.
+jmp_buf out;
+double leave(double, void* levels) {
+  long less = *static_cast<long*>(levels) - 1;
+  if (less == 0) longjmp(out, 1);
+  return zent_d_int_fcn(none, 0, 1, ZENT_FCN_W_DATA, leave, &less, 0);
+}
+void abandon() {
+  zent_trap_state trap;
+  zent_trap_mark(&trap);
+  long levels = 5;
+  if (setjmp(out) == 0) {
+    leave(0, &levels);
+  } else {
+    zent_trap_release(&trap);
+  }
+}
+double careful(double x) {
+  const volatile double kept = x;
+  abandon();
+  return kept;
+}
+double careful_in_plane(double x, double) {
+  return careful(x);
+}
+double careful_at_first(double x) {
+  static long calls = 0;
+  if (++calls % 2 == 1) return careful(x);
+  return zent_d_machine(99);
+}
+
+TEST_F(IntFcn, AbandonedCallsLeaveNothing) {
+  const auto handler = std::signal(SIGSEGV, SIG_DFL);
+  std::signal(SIGSEGV, handler);
+  const auto zero = [](double) { return 0.0; };
+  const auto one_high = [](double) { return 1.0; };
+  std::size_t used = 0;
+  for (int k = 0; k < 40; ++k) {
+    EXPECT_NEAR(zent_d_int_fcn(careful, 0, 1, ZENT_RULE, 6, 0), 0.5, 1e-15);
+    EXPECT_NEAR(zent_d_int_fcn_smooth(careful, 0, 1, 0), 0.5, 1e-15);
+    EXPECT_NEAR(zent_d_int_fcn_alg_log(careful, 0, 1, ZENT_ALG, 1, 0, 0), 1 / 3.0, 1e-14);
+    EXPECT_NEAR(zent_d_int_fcn_2d(careful_in_plane, zero, one_high, 0, 1, ZENT_RULE, 1, 0), 0.5, 1e-15);
+    EXPECT_EQ(zent_error_code(), 0);
+    const std::size_t now = mallinfo2().uordblks;
+    if (k == 0) used = now;
+    EXPECT_EQ(now, used);
+  }
+  EXPECT_EQ(zent::error_state<zent::Math>.top, zent::error_state<zent::Math>.frame);
+  EXPECT_EQ(zent::error_state<zent::Math>.jump_depth, 0);
+  EXPECT_EQ(std::signal(SIGSEGV, handler), handler);
+  // What a later call of f raises reaches the integral, not the frames that an earlier one left.
+  EXPECT_TRUE(is_library_nan(zent_d_int_fcn(careful_at_first, 0, 1, 0)));
   EXPECT_EQ(zent_error_code(), 132);
 }
 

@@ -217,23 +217,6 @@ TEST(TwoDimensions, IntegratesBetweenCurves) {
   }
 }
 
-// All subintervals in the order of their errors, also past the half of the limit, where the loop no longer sorts them.
-TEST(TwoDimensions, ListsErrors) {
-  be_quiet();
-  const auto cusp = [](double x, double) { return std::sqrt(std::abs(x - 0.4)); };
-  for (int limit : {11, 15, 20, 30}) {
-    std::vector<double> errors(limit, -1);
-    std::vector<long> order(limit, -7);
-    long n = 0;
-    zent_d_int_fcn_2d(
-        cusp, triangle_low, [](double) { return 1.0; }, 0.0, 1.0, ZENT_ERR_LIST, errors.data(), ZENT_ERR_ORDER, order.data(),
-        ZENT_N_SUBINTER, &n, ZENT_MAX_SUBINTER, limit, ZENT_ERR_REL, 1e-10, ZENT_ERR_ABS, 0.0, 0);
-    ASSERT_GT(n, limit / 2 + 2);
-    for (long k = 1; k < n; ++k) EXPECT_GE(errors[order[k - 1] - 1], errors[order[k] - 1]) << limit << " " << k;
-    for (long k = n; k < limit; ++k) EXPECT_EQ(order[k], -7);
-  }
-}
-
 TEST(TwoDimensions, FailsWithAReason) {
   be_quiet();
   const auto step = [](double, double y) { return ++calls, y > 0.3123 ? 1.0 : 0.0; };
