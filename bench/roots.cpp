@@ -146,23 +146,24 @@ std::vector<double> random_polynomial(long n) {
   return c;
 }
 
+// With the signal trap that each outermost call sets (trap:1), which counts at low degrees, and without it.
+template <class... Route>
+void polynomial(benchmark::State& state, Route... route) {
+  const long n = state.range(0);
+  std::vector<double> c = random_polynomial(n);
+  std::vector<zent_d_complex> z(n);
+  zent_error_options(ZENT_SIGNAL_TRAPPING, static_cast<int>(state.range(1)), 0);
+  for (auto _ : state) benchmark::DoNotOptimize(zent_d_zeros_poly(n, c.data(), ZENT_RETURN_USER, z.data(), route..., 0));
+  zent_error_options(ZENT_SIGNAL_TRAPPING, 1, 0);
+}
 void polynomial_zent(benchmark::State& state) {
-  const long n = state.range(0);
-  std::vector<double> c = random_polynomial(n);
-  std::vector<zent_d_complex> z(n);
-  for (auto _ : state) benchmark::DoNotOptimize(zent_d_zeros_poly(n, c.data(), ZENT_RETURN_USER, z.data(), 0));
+  polynomial(state);
 }
-BENCHMARK(polynomial_zent)->Arg(5)->Arg(20)->Arg(50)->Arg(100);
-
+BENCHMARK(polynomial_zent)->ArgNames({"", "trap"})->ArgsProduct({{5, 20, 50, 100}, {1, 0}});
 void polynomial_zent_companion(benchmark::State& state) {
-  const long n = state.range(0);
-  std::vector<double> c = random_polynomial(n);
-  std::vector<zent_d_complex> z(n);
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(zent_d_zeros_poly(n, c.data(), ZENT_COMPANION, ZENT_RETURN_USER, z.data(), 0));
-  }
+  polynomial(state, ZENT_COMPANION);
 }
-BENCHMARK(polynomial_zent_companion)->Arg(5)->Arg(20)->Arg(50)->Arg(100);
+BENCHMARK(polynomial_zent_companion)->ArgNames({"", "trap"})->ArgsProduct({{5, 20, 50, 100}, {1}});
 
 #ifdef ZENT_HAVE_GSL
 void polynomial_gsl(benchmark::State& state) {

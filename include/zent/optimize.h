@@ -2,9 +2,10 @@
  * option_codes.h. Each function has a form in each precision (f, d); the float form takes float for double everywhere but in
  * plain real options, which are passed as double.
  *
- * User functions run as calling programs: errors of library calls that they make are delivered to them. A value that is not a
- * number counts as +infinity, so a search steps back from where the function is undefined; the start must have a finite value.
- * Each function may be called again from inside its own user function. */
+ * User functions run as calling programs: errors of library calls that they make are delivered to them, and climb into the
+ * search, which a fatal one ends without a result. A value that is not a number counts as +infinity, so a search steps back from
+ * where the function is undefined; the start must have a finite value. Each function may be called again from inside its own user
+ * function. */
 #ifndef ZENT_OPTIMIZE_H
 #define ZENT_OPTIMIZE_H
 

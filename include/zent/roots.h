@@ -1,8 +1,9 @@
 /* Zeros of one function, of a system of equations and of a polynomial.
  *
  * A plain real option has an _ADR form that takes the address of the value. Integers behind pointers are long. Results are the
- * caller's, freed with zent_free_allocated_memory, unless ZENT_RETURN_USER gave the storage. An error of a routine called inside
- * a user function is that call's own: it does not become an error of the search. */
+ * caller's, freed with zent_free_allocated_memory, unless ZENT_RETURN_USER gave the storage. An error of a library call inside a
+ * user function is delivered there and climbs into the search: a fatal one (zeros_fcn: a terminal one) ends it without a result.
+ */
 #ifndef ZENT_ROOTS_H
 #define ZENT_ROOTS_H
 

@@ -70,7 +70,7 @@ bool acceptable(const UnivariateOptions<Real>& p, bool derivative, Real accuracy
   if (!p.fcn.given()) raise<Math>(5, MATH_REQ_ARGUMENT_IS_NULL, {.l = {"fcn"}});
   if (derivative && !p.grad.given()) raise<Math>(5, MATH_REQ_ARGUMENT_IS_NULL, {.l = {"grad"}});
   const double x = p.xguess, a = p.a, b = p.b;
-  if (!(a <= x && x <= b)) {
+  if (!(a <= x && x <= b && std::isfinite(x))) {
     raise<Math>(5, derivative ? MATH_NEED_A_LE_XGUESS_LE_B : MATH_INIT_GUESS_OUT_BOUNDS, {.r = {x, a, b}});
   } else if (std::max(p.xguess - p.a, p.b - p.xguess) <= accuracy) {
     raise<Math>(5, MATH_INTERVAL_TOO_SMALL, {.r = {a, b, static_cast<double>(accuracy)}});

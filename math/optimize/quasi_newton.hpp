@@ -76,7 +76,7 @@ struct QuasiNewton {
   // factor with which it does not point downhill: then the Hessian starts anew.
   bool direction() {
     for (int tries = 0; tries < 2; ++tries) {
-      l_u10nf(n, r, g, p);
+      l_u10nf(n, r, g, p, t);
       length = scaled_length(n, p, xscale);
       if (length > record->max_step && std::isfinite(length)) {
         fast::scal(n, record->max_step / length, p, 1);
@@ -239,6 +239,7 @@ struct QuasiNewton {
       const Search search = direction() ? line_search() : Search::stuck;
       if (search == Search::stuck && !analytic() && !central) {
         central = true;
+        --iter;  // which tries again
         if (!slopes(x, f, g)) return MATH_NO_FURTHER_PROGRESS;
         if (steepness(x, f, g) <= record->grad_tol) return 0;
         continue;

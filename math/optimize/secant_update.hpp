@@ -62,16 +62,19 @@ void l_u13nf(long n, Real* v, const Real* u, Real* r) {
   }
 }
 
-// p := -H^-1 g
+// p := -H^-1 g. inverse: n elements, for the reciprocals of the diagonal, which need not wait for each other.
 template <class Real>
-void l_u10nf(long n, const Real* r, const Real* g, Real* p) {
-  for (long j = 0; j < n; ++j) p[j] = -g[j];
+void l_u10nf(long n, const Real* r, const Real* g, Real* p, Real* inverse) {
+  for (long j = 0; j < n; ++j) {
+    inverse[j] = 1 / r[j * n + j];
+    p[j] = -g[j];
+  }
   for (long i = 0; i < n; ++i) {  // R^T y = -g
-    p[i] /= r[i * n + i];
+    p[i] *= inverse[i];
     row_axpy(n - 1 - i, -p[i], r + i * n + i + 1, p + i + 1);
   }
   for (long i = n - 1; i >= 0; --i) {
-    p[i] = (p[i] - row_dot(n - 1 - i, r + i * n + i + 1, p + i + 1)) / r[i * n + i];
+    p[i] = (p[i] - row_dot(n - 1 - i, r + i * n + i + 1, p + i + 1)) * inverse[i];
   }
 }
 
@@ -89,7 +92,7 @@ void l_u8inf(long n, const Real* xscale, const Real* s, const Real* y, const Rea
   }
   if (!(ys > least * row_norm(n, t) * row_norm(n, u))) return;
   for (long i = 0; i < n; ++i) t[i] = row_dot(n - i, r + i * n + i, s + i);
-  const Real tt = row_dot(n, t, t), ratio = std::sqrt(ys / tt);
+  const Real weight = 1 / (std::sqrt(ys) * std::sqrt(row_dot(n, t, t))), ratio = ys * weight;
   const Real noise = analytic ? rnoise : std::sqrt(rnoise);
   std::fill(u, u + n, Real(0));
   for (long i = 0; i < n; ++i) row_axpy(n - i, t[i], r + i * n + i, u + i);  // H s
@@ -98,7 +101,6 @@ void l_u8inf(long n, const Real* xscale, const Real* s, const Real* y, const Rea
     if (std::abs(y[i] - u[i]) >= noise * std::max(std::abs(g[i]), std::abs(g_new[i]))) skip = false;
     u[i] = y[i] - ratio * u[i];
   }
-  const Real weight = 1 / std::sqrt(ys * tt);
   if (skip || !(weight <= Machine<Real>::largest)) return;
   for (long i = 0; i < n; ++i) t[i] *= weight;
   l_u13nf(n, t, u, r);

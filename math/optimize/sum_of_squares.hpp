@@ -63,7 +63,7 @@ struct SumOfSquares {
       l_f2jac(residuals, m, n, x, xscale, fvec, record->rnoise(), fjac, m);
     }
     for (long j = 0; j < n; ++j) g[j] = row_dot(m, fjac + j * m, fvec);
-    return all_finite(n, g) && all_finite(m * n, fjac);
+    return !stands_above<Half>(3) && all_finite(n, g) && all_finite(m * n, fjac);
   }
   Real steepness() const {
     return scaled_gradient(n, g, x, xscale, f2, record->fscale);
@@ -103,6 +103,7 @@ struct SumOfSquares {
       const bool full = alpha == 0;
       for (long j = 0; j < n; ++j) x_new[j] = x[j] + p[j];
       f2_new = value(x_new, fvec_new);
+      if (stands_above<Half>(3)) return Trial::failed;
       const Real length = scaled_length(n, p, scale()), gp = row_dot(n, g, p);
       const Real actual = f2_new - f2;
       if (doubled && (f2_new >= f2_before || actual > Real(1e-4) * gp)) {  // the one before was better

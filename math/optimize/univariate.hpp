@@ -30,9 +30,11 @@ struct ValueSearch {
   long calls = 0;
   Point<Real> lo = {}, mid = {}, hi = {};
 
+  // Rounding may have taken x just out of the interval.
   Point<Real> at(Real x) {
     ++calls;
-    return {x, ordered(f(x))};
+    const Real inside = std::clamp(x, a, b);
+    return {inside, ordered(f(inside))};
   }
   bool spent() const {
     return calls >= max_fcn;
@@ -86,7 +88,7 @@ struct ValueSearch {
   // From a start without a value to the nearest trial with one, on either side.
   Point<Real> seek_value(const Point<Real>& start) {
     Real h = std::abs(first_step(start.x, 0));
-    for (; h <= b - a && !spent(); h *= Real(1.5)) {
+    for (; h <= std::min(b - a, Machine<Real>::largest) && !spent(); h *= Real(1.5)) {
       for (const Real x : {start.x + h, start.x - h}) {
         if (x < a || x > b || spent()) continue;
         const Point<Real> p = at(x);
@@ -262,7 +264,7 @@ struct SlopeSearch {
       if (part > 1 - edge) part = Real(0.75);
       if (slow >= 2) part = Real(0.5);
       const Real x = best.x + part * gap;
-      if (x == best.x || x == other.x) return End::no_progress;
+      if (!(gap > 0 ? x > best.x && x < other.x : x < best.x && x > other.x)) return End::no_progress;
       const Point<Real> p = at(x);
       if (closes(p)) {
         recent = p;

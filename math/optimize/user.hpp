@@ -55,10 +55,10 @@ bool all_finite(long n, const Real* x) {
   return sum == 0;
 }
 
-// The size that a variable is taken to have.
+// The size that a variable is taken to have. The usual scale needs no division.
 template <class Real>
 Real size_of(Real x, Real scale) {
-  return std::max(std::abs(x), 1 / scale);
+  return std::max(std::abs(x), scale == 1 ? Real(1) : 1 / scale);
 }
 
 // The increment of a difference as it comes out in x + h.

@@ -53,7 +53,7 @@ class ComplexPolynomial {
     return a.re == 0 && a.im == 0;
   }
   static WC scaled(WC a, int k) {
-    return {std::ldexp(a.re, k), std::ldexp(a.im, k)};
+    return {shifted(a.re, k), shifted(a.im, k)};
   }
   static C narrow(WC a) {
     return {static_cast<Real>(a.re), static_cast<Real>(a.im)};

@@ -64,19 +64,19 @@ class RealPolynomial {
     // Scaled by powers of two: the variable so that first and last coefficient are alike, then both to the size of 1.
     const int e0 = exponent_of(a[0]), e2 = exponent_of(a[2]);
     const int k = (e2 - e0) / 2;
-    const W c0 = std::ldexp(a[0], -e0), c1 = std::ldexp(a[1], -e0 - k), c2 = std::ldexp(a[2], -e0 - 2 * k);
+    const W c0 = shifted(a[0], -e0), c1 = shifted(a[1], -e0 - k), c2 = shifted(a[2], -e0 - 2 * k);
     const W half = c1 / 2;
     const W discriminant = discriminant_of(c0, half, c2);
     if (discriminant < 0) {
-      z.re[0] = z.re[1] = std::ldexp(-half / c0, k);
-      z.im[0] = std::ldexp(std::sqrt(-discriminant) / c0, k);
+      z.re[0] = z.re[1] = shifted(-half / c0, k);
+      z.im[0] = shifted(std::sqrt(-discriminant) / c0, k);
       if (z.im[0] < 0) z.im[0] = -z.im[0];
       z.im[1] = -z.im[0];
     } else {
       const W root = std::sqrt(discriminant);
       const W large = half < 0 ? root - half : -(root + half);
-      z.re[1] = std::ldexp(large / c0, k);
-      z.re[0] = large == 0 ? 0 : std::ldexp(c2 / large, k);
+      z.re[1] = shifted(large / c0, k);
+      z.re[0] = large == 0 ? 0 : shifted(c2 / large, k);
     }
     return z;
   }
@@ -422,7 +422,7 @@ class RealPolynomial {
   void take(ZeroList<C>& list) {
     const int k = static_cast<int>(shift_);
     if (count_ == 1) {
-      W s = std::ldexp(static_cast<W>(re_[0]), k);
+      W s = shifted(static_cast<W>(re_[0]), k);
       sharpen_zero(s);
       list.add({static_cast<Real>(s), 0});
       for (long i = 1; i < left_; ++i) a_[i] += s * a_[i - 1];
@@ -430,7 +430,7 @@ class RealPolynomial {
       return;
     }
     const W re0 = static_cast<W>(re_[0]), re1 = static_cast<W>(re_[1]), im = static_cast<W>(im_[0]);
-    W r = std::ldexp(re0 + re1, k), s = std::ldexp(im != 0 ? -(re0 * re0 + im * im) : -re0 * re1, 2 * k);
+    W r = shifted(re0 + re1, k), s = shifted(im != 0 ? -(re0 * re0 + im * im) : -re0 * re1, 2 * k);
     sharpen_pair(r, s);
     const W quadratic[3] = {1, -r, -s};
     const Pair z = l_z3lrc(2, quadratic);

@@ -41,8 +41,7 @@ class Refinement {
         continue;
       }
       const bool ends = (z_[k].re == 0 && z_[k].im == 0) || !std::isfinite(zeros[k].re) || !std::isfinite(zeros[k].im);
-      WC ignored;
-      done_[k] = ends || evaluate(z_[k], 4 * eta, ignored);
+      done_[k] = ends || evaluate<false>(z_[k], 4 * eta);
       good = good && done_[k];
     }
     if (good) return;
@@ -63,9 +62,10 @@ class Refinement {
       return {static_cast<W>(a.re), static_cast<W>(a.im)};
     }
   }
-  // True when the residual at z is rounding; else p' / p, which may be 0. Beyond the unit circle the polynomial is evaluated from
-  // its other end in 1 / z, so that no power is out of range.
-  bool evaluate(WC z, W tolerance, WC& logarithmic) const {
+  // True when the residual at z is rounding; else, where asked for, p' / p, which may be 0. Beyond the unit circle the polynomial
+  // is evaluated from its other end in 1 / z, so that no power is out of range.
+  template <bool sloped>
+  bool evaluate(WC z, W tolerance, WC* logarithmic = nullptr) const {
     const bool outside = z.re * z.re + z.im * z.im > 1;
     const WC y = outside ? WC{1, 0} / z : z;
     const W size = std::sqrt(y.re * y.re + y.im * y.im);
@@ -75,16 +75,14 @@ class Refinement {
     W sum = std::abs(value.re) + std::abs(value.im);
     for (long i = 1; i <= n_; ++i) {
       at += step;
-      slope = slope * y + value;
+      if constexpr (sloped) slope = slope * y + value;
       value = value * y + *at;
       sum = sum * size + std::abs(at->re) + std::abs(at->im);
     }
     if (std::abs(value.re) + std::abs(value.im) <= tolerance * sum) return true;
-    if (outside) {  // p(z) = z^n q(y)
-      const W n = static_cast<W>(n_);
-      logarithmic = y * ((WC{n * value.re, n * value.im} - y * slope) / value);
-    } else {
-      logarithmic = slope / value;
+    if constexpr (sloped) {
+      const W n = static_cast<W>(n_);  // outside p(z) = z^n q(y)
+      *logarithmic = outside ? y * ((WC{n * value.re, n * value.im} - y * slope) / value) : slope / value;
     }
     return false;
   }
@@ -99,7 +97,7 @@ class Refinement {
     for (long k = 0; k < n_; ++k) {
       if (done_[k] || is_second(k)) continue;
       WC logarithmic, sum = {0, 0};
-      if (evaluate(z_[k], eta, logarithmic)) {
+      if (evaluate<true>(z_[k], eta, &logarithmic)) {
         done_[k] = true;
         if (partner_[k] != free) done_[partner_[k]] = true;
         continue;
@@ -138,10 +136,9 @@ class Refinement {
 
   // Makes zeros that moved freely real where that is as good, and the others pairs.
   void settle() {
-    WC ignored;
     for (long k = 0; k < n_; ++k) {
       const WC real = {z_[k].re, 0};
-      if (partner_[k] != free || !(std::abs(z_[k].im) <= std::abs(z_[k].re) / 8) || !evaluate(real, 4 * eta, ignored)) continue;
+      if (partner_[k] != free || !(std::abs(z_[k].im) <= std::abs(z_[k].re) / 8) || !evaluate<false>(real, 4 * eta)) continue;
       z_[k] = real;
       partner_[k] = k;
     }

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -74,14 +75,25 @@ WideComplex<W> root_of(WideComplex<W> a) {
   return {a.im / (2 * im), im};
 }
 
-// Binary exponent of the largest part; `none` for 0.
+// Binary exponent of the largest part, or one more where the part is next to a power of two; `none` for 0.
 inline constexpr int no_exponent = std::numeric_limits<int>::min();
 template <class W>
 int exponent_of(W x) {
+  const double size = std::abs(static_cast<double>(x));
+  if (size >= std::numeric_limits<double>::min() && size <= std::numeric_limits<double>::max()) [[likely]]
+    return static_cast<int>(std::bit_cast<unsigned long>(size) >> 52) - 1022;
   int e;
   if (x == 0) return no_exponent;
   std::frexp(x, &e);
   return e;
+}
+
+// 2^k x, rounded once as by ldexp, without the call.
+template <class W>
+W shifted(W x, int k) {
+  if (k < -1000 || k > 1000) [[unlikely]]
+    return std::ldexp(x, k);
+  return x * static_cast<W>(std::bit_cast<double>(static_cast<unsigned long>(k + 1023) << 52));
 }
 
 // k of y = x / 2^k for exponents e[0 .. n] of the coefficients, leading one first; e[n] is not none.
@@ -102,8 +114,8 @@ class ImageScale {
     constexpr long room = std::numeric_limits<W>::max_exponent - 10;
     in_range_ = std::abs(k) < room && std::abs(power_) < room && std::abs(power_ + k * n) < room;
     if (!in_range_) return;
-    factor_ = std::ldexp(W(1), static_cast<int>(power_));
-    step_ = std::ldexp(W(1), static_cast<int>(k));
+    factor_ = shifted(W(1), static_cast<int>(power_));
+    step_ = shifted(W(1), static_cast<int>(k));
   }
   W apply(W a) {
     if (!in_range_) {

@@ -1,8 +1,8 @@
 // Real zeros of a function of one variable.
 #include <cmath>
 
+#include "math/roots/search_options.hpp"
 #include "runtime/envelope.hpp"
-#include "runtime/options.hpp"
 #include "runtime/user_call.hpp"
 #include "zent.h"
 
@@ -28,30 +28,23 @@ struct Function {
 };
 
 template <class Real>
-struct FunctionOptions {
-  Real err_abs, err_rel, eps, eta = Real(0.01);
-  long num_roots = 1, max_evals = 100;
+struct FunctionOptions : SearchOptions<Real> {
+  Real err_abs = this->err_rel, eps = this->err_rel, eta = Real(0.01);
+  long num_roots = 1;
   long** info_pointer = nullptr;
   long* info_user = nullptr;
-  const Real* guess = nullptr;
-  Real* user = nullptr;
 };
 
 template <class Real>
 void parse(Options& list, Function<Real>& fcn, FunctionOptions<Real>& o) {
   while (const int code = list.code()) {
+    if (o.take(code, list)) continue;
     switch (code) {
       case ZENT_ERR_ABS:
         o.err_abs = list.real<Real>();
         break;
       case ZENT_ERR_ABS_ADR:
         o.err_abs = *list.pointer<Real>();
-        break;
-      case ZENT_ERR_REL:
-        o.err_rel = list.real<Real>();
-        break;
-      case ZENT_ERR_REL_ADR:
-        o.err_rel = *list.pointer<Real>();
         break;
       case ZENT_ETA:
         o.eta = list.real<Real>();
@@ -68,21 +61,11 @@ void parse(Options& list, Function<Real>& fcn, FunctionOptions<Real>& o) {
       case ZENT_NUM_ROOTS:
         o.num_roots = list.integer();
         break;
-      case ZENT_MAX_EVALS:
-      case ZENT_MAX_ITN:
-        o.max_evals = list.integer();
-        break;
       case ZENT_INFO_USER_PTR:
         o.info_pointer = list.pointer<long*>();
         break;
       case ZENT_INFO_USER:
         o.info_user = list.pointer<long>();
-        break;
-      case ZENT_XGUESS:
-        o.guess = list.pointer<Real>();
-        break;
-      case ZENT_RETURN_USER:
-        o.user = list.pointer<Real>();
         break;
       case ZENT_FCN_W_DATA:
         fcn.with_data = list.function<Real (*)(Real, void*)>();
@@ -241,9 +224,8 @@ void l_zreal(const Function<Real>& fcn, const FunctionOptions<Real>& o, long* in
 
 template <class Real>
 Real* l_zeros_fcn(Real (*plain)(Real), Options& list) {
-  const Real root_epsilon = std::sqrt(Machine<Real>::epsilon);
   Function<Real> fcn = {plain, nullptr, nullptr};
-  FunctionOptions<Real> o = {root_epsilon, root_epsilon, root_epsilon};
+  FunctionOptions<Real> o = {{.max_evals = 100}};
   parse(list, fcn, o);
   check(fcn, o);
   if (failed<Math>()) return nullptr;

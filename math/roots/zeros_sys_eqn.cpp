@@ -1,7 +1,7 @@
 // A zero of a system of nonlinear equations.
 #include "math/roots/hybrid.hpp"
+#include "math/roots/search_options.hpp"
 #include "runtime/envelope.hpp"
-#include "runtime/options.hpp"
 #include "zent.h"
 
 namespace zent::roots {
@@ -9,31 +9,16 @@ namespace zent::roots {
 namespace {
 
 template <class Real>
-struct SystemOptions {
-  Real err_rel;
-  long max_evals = 200;
-  const Real* guess = nullptr;
-  Real *fnorm = nullptr, *user = nullptr;
+struct SystemOptions : SearchOptions<Real> {
+  Real* fnorm = nullptr;
 };
 
 template <class Real>
 void parse(Options& list, System<Real>& system, SystemOptions<Real>& o) {
   using WithData = typename System<Real>::WithData;
   while (const int code = list.code()) {
+    if (o.take(code, list)) continue;
     switch (code) {
-      case ZENT_ERR_REL:
-        o.err_rel = list.real<Real>();
-        break;
-      case ZENT_ERR_REL_ADR:
-        o.err_rel = *list.pointer<Real>();
-        break;
-      case ZENT_XGUESS:
-        o.guess = list.pointer<Real>();
-        break;
-      case ZENT_MAX_EVALS:
-      case ZENT_MAX_ITN:
-        o.max_evals = list.integer();
-        break;
       case ZENT_JACOBIAN:
         system.jacobian = list.function<typename System<Real>::Plain>();
         break;
@@ -43,9 +28,6 @@ void parse(Options& list, System<Real>& system, SystemOptions<Real>& o) {
         break;
       case ZENT_FNORM:
         o.fnorm = list.pointer<Real>();
-        break;
-      case ZENT_RETURN_USER:
-        o.user = list.pointer<Real>();
         break;
       case ZENT_FCN_W_DATA:
         system.with_data = list.function<WithData>();
@@ -88,7 +70,7 @@ template <class Real>
 Real* l_zeros_sys_eqn(typename System<Real>::Plain fcn, long n, Options& list) {
   System<Real> system;
   system.plain = fcn;
-  SystemOptions<Real> o = {std::sqrt(Machine<Real>::epsilon)};
+  SystemOptions<Real> o = {{.max_evals = 200}};
   parse(list, system, o);
   check(system, n, o);
   if (failed<Math>()) return nullptr;

@@ -8,7 +8,7 @@
 #include <random>
 
 #include "math/optimize/secant_update.hpp"
-#include "tests/optimize/problems.hpp"
+#include "tests/optimize/support.hpp"
 #include "tests/support/quiet.hpp"
 #include "zent.h"
 
@@ -19,17 +19,9 @@ const problems::Problem<T>* current;
 long calls;
 
 template <class T>
-T sum_of_squares(const problems::Problem<T>& p, const T* x) {
-  std::vector<T> f(p.m);
-  p.residuals(p.m, p.n, x, f.data());
-  T sum = 0;
-  for (T v : f) sum += v * v;
-  return sum;
-}
-template <class T>
 T objective(long, T* x) {
   ++calls;
-  return sum_of_squares(*current<T>, x);
+  return problems::sum_of_squares(*current<T>, x);
 }
 
 template <class... Options>
@@ -39,22 +31,6 @@ double* minimize(double (*f)(long, double*), long n, Options... options) {
 template <class... Options>
 float* minimize(float (*f)(long, float*), long n, Options... options) {
   return zent_f_min_uncon_multivar(f, n, options..., 0);
-}
-
-// The measure of the first stop test, its derivatives from wide differences.
-double steepness(const problems::Problem<long double>& p, const std::vector<double>& at) {
-  std::vector<long double> x(at.begin(), at.end());
-  const long double f = sum_of_squares(p, x.data());
-  long double largest = 0;
-  for (long j = 0; j < p.n; ++j) {
-    const long double old = x[j], size = std::max(std::abs(old), 1.0L), h = 1e-6L * size;
-    x[j] = old + h;
-    const long double ahead = sum_of_squares(p, x.data());
-    x[j] = old - h;
-    largest = std::max(largest, std::abs(ahead - sum_of_squares(p, x.data())) / (2 * h) * size);
-    x[j] = old;
-  }
-  return static_cast<double>(largest / std::max(std::abs(f), 1.0L));
 }
 
 template <class T>
@@ -72,37 +48,27 @@ TYPED_TEST_SUITE(Multivariate, Forms);
 TYPED_TEST(Multivariate, SolvesTheClassicProblemsOrSaysWhyNot) {
   using T = TypeParam;
   constexpr bool single = std::is_same_v<T, float>;
-  const auto all = problems::all<T>();
-  const auto wide = problems::all<long double>();
-  for (double factor : {1.0, 10.0, 100.0}) {
-    int solved = 0;
-    for (std::size_t k = 0; k < all.size(); ++k) {
-      const auto& p = all[k];
-      SCOPED_TRACE(std::string(p.name) + " from " + std::to_string(factor));
-      current<T> = &p;
-      const std::vector<T> start = problems::start_of(p, factor);
-      std::vector<T> x(p.n, T(-77));
-      T f = 0;
-      T* const given = minimize(objective<T>, p.n, ZENT_XGUESS, start.data(), ZENT_RETURN_USER, x.data(), ZENT_FVALUE, &f);
-      const long code = zent_error_code();
-      const T first = sum_of_squares(p, start.data());
-      if (given == nullptr) {
-        EXPECT_TRUE(code == MATH_FALSE_CONVERGENCE || code == MATH_NAN_NOT_ALLOWED) << code;
-        EXPECT_EQ(code == MATH_NAN_NOT_ALLOWED, !std::isfinite(first));
-        continue;
-      }
-      ASSERT_EQ(given, x.data());
-      EXPECT_EQ(f, sum_of_squares(p, x.data()));
-      EXPECT_LE(f, first);
-      if (code == 0 && !single) {
-        EXPECT_LE(steepness(wide[k], std::vector<double>(x.begin(), x.end())), factor > 50 ? 1e-2 : 1e-5);
-      }
-      for (double minimum : p.minima)
-        solved += std::abs(static_cast<double>(f) - minimum) <= (single ? 1e-2 * minimum + 1e-3 : 1e-4 * minimum + 1e-5);
+  const auto solve = [](const auto& p, const auto& wide, double factor, const std::vector<T>& start) {
+    current<T> = &p;
+    std::vector<T> x(p.n, T(-77));
+    T f = 0;
+    T* const given = minimize(objective<T>, p.n, ZENT_XGUESS, start.data(), ZENT_RETURN_USER, x.data(), ZENT_FVALUE, &f);
+    const long code = zent_error_code();
+    const T first = problems::sum_of_squares(p, start.data());
+    if (given == nullptr) {
+      EXPECT_TRUE(code == MATH_FALSE_CONVERGENCE || code == MATH_NAN_NOT_ALLOWED) << code;
+      EXPECT_EQ(code == MATH_NAN_NOT_ALLOWED, !std::isfinite(first));
+      return false;
     }
-    const int expected = single ? (factor > 50 ? 5 : factor > 5 ? 10 : 21) : factor > 50 ? 11 : factor > 5 ? 17 : 21;
-    EXPECT_GE(solved, expected) << factor;
-  }
+    EXPECT_EQ(given, x.data());
+    EXPECT_EQ(f, problems::sum_of_squares(p, x.data()));
+    EXPECT_LE(f, first);
+    if (code == 0 && !single) {
+      EXPECT_LE(problems::steepness(wide, std::vector<double>(x.begin(), x.end())), factor > 50 ? 1e-2 : 1e-5);
+    }
+    return problems::is_minimum(p, static_cast<double>(f), single ? 1e-2 : 1e-4, single ? 1e-3 : 1e-5);
+  };
+  problems::solves_from_near_and_far<T>({21, single ? 10 : 17, single ? 5 : 11}, solve);
 }
 
 // f = sum c_j (x_j - j / 10)^2 / 2 + sum (x_j - j / 10)^4, of any size.
@@ -165,33 +131,22 @@ TYPED_TEST(Multivariate, BadSettingsAreReplacedAndTold) {
   EXPECT_EQ(zent_error_code(), 0);
 }
 
-// Each real option steers the search, by value and by address alike.
 TYPED_TEST(Multivariate, OptionsByValueAndAddress) {
   using T = TypeParam;
   const auto all = problems::all<T>();
   current<T> = &all[0];
   const T start[] = {T(-1.2), 1};
-  const struct {
-    int by_value, by_address;
-    T value;
-  } cases[] = {{ZENT_FSCALE, ZENT_FSCALE_ADR, 1000},
-               {ZENT_GRAD_TOL, ZENT_GRAD_TOL_ADR, T(0.5)},
-               {ZENT_STEP_TOL, ZENT_STEP_TOL_ADR, T(0.1)},
-               {ZENT_REL_FCN_TOL, ZENT_REL_FCN_TOL_ADR, 2},
-               {ZENT_MAX_STEP, ZENT_MAX_STEP_ADR, T(0.125)}};
   const auto run = [&](T* x, auto... options) {
     calls = 0;
     minimize(objective<T>, 2, ZENT_XGUESS, start, ZENT_RETURN_USER, x, options...);
     return calls;
   };
-  T x[2], y[2];
-  const long plain = run(x);
-  for (const auto& c : cases) {
-    const long by_value = run(x, c.by_value, static_cast<double>(c.value)), by_address = run(y, c.by_address, &c.value);
-    EXPECT_NE(by_value, plain) << c.by_value;
-    EXPECT_EQ(by_value, by_address) << c.by_value;
-    EXPECT_TRUE(x[0] == y[0] && x[1] == y[1]) << c.by_value;
-  }
+  problems::each_option_steers<T>({{ZENT_FSCALE, ZENT_FSCALE_ADR, 1000},
+                                   {ZENT_GRAD_TOL, ZENT_GRAD_TOL_ADR, T(0.5)},
+                                   {ZENT_STEP_TOL, ZENT_STEP_TOL_ADR, T(0.1)},
+                                   {ZENT_REL_FCN_TOL, ZENT_REL_FCN_TOL_ADR, 2},
+                                   {ZENT_MAX_STEP, ZENT_MAX_STEP_ADR, T(0.125)}},
+                                  run);
 }
 
 TYPED_TEST(Multivariate, LimitsGiveTheBestPointSoFar) {

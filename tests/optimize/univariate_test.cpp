@@ -129,6 +129,10 @@ TYPED_TEST(Univariate, EndsOfTheInterval) {
   current = [](double x) { return (x - 3.98) * (x - 3.98); };  // just inside
   EXPECT_NEAR(values(T(), T(-3), T(4)), 3.98, 1e-3);
   EXPECT_EQ(zent_error_code(), 0);
+  // A step of the whole distance to an end that rounding takes past it.
+  current = [](double x) { return x; };
+  EXPECT_EQ(values(T(), T(1e-30), T(2), ZENT_XGUESS, 1.0, ZENT_STEP, -1.0), T(1e-30));
+  EXPECT_EQ(zent_error_code(), MATH_MIN_AT_BOUND);
 }
 
 TYPED_TEST(Univariate, StartsWhereThereIsNoValue) {
@@ -161,6 +165,7 @@ TYPED_TEST(Univariate, RefusesWhatMakesNoSense) {
   refused(values(T(), T(0), T(1), ZENT_XGUESS, 2.0, ZENT_FVALUE, &f), MATH_INIT_GUESS_OUT_BOUNDS);
   refused(values(T(), T(1), T(0), ZENT_FVALUE, &f), MATH_INIT_GUESS_OUT_BOUNDS);
   refused(values(T(), T(0), T(NAN), ZENT_FVALUE, &f), MATH_INIT_GUESS_OUT_BOUNDS);
+  refused(values(T(), T(-INFINITY), T(1), ZENT_FVALUE, &f), MATH_INIT_GUESS_OUT_BOUNDS);
   refused(values(T(), T(0), T(1), ZENT_ERR_ABS, 2.0, ZENT_FVALUE, &f), MATH_INTERVAL_TOO_SMALL);
   refused(values(T(), T(1), T(1), ZENT_FVALUE, &f), MATH_INTERVAL_TOO_SMALL);
   refused(values(T(), T(0), T(1), ZENT_FVALUE, &f, ZENT_GRAD_TOL, 1.0), MATH_UNKNOWN_OPTION);
@@ -188,6 +193,9 @@ TYPED_TEST(Univariate, StopsAtItsLimits) {
   EXPECT_EQ(zent_error_code(), MATH_TOO_MANY_FCN_EVAL);
   current = [](double) { return NAN; };  // nowhere defined
   values(T(), T(-20), T(20));
+  EXPECT_EQ(zent_error_code(), MATH_NO_MORE_PROGRESS);
+  constexpr T far = std::numeric_limits<T>::max();  // the length of the interval overflows
+  values(T(), -far, far);
   EXPECT_EQ(zent_error_code(), MATH_NO_MORE_PROGRESS);
   current = [](double x) { return (x - 0.1) * (x - 0.1); };  // no accuracy given: as far as rounding goes
   EXPECT_NEAR(values(T(), T(-1), T(1), ZENT_ERR_ABS, 0.0), 0.1, 1e3 * std::sqrt(std::numeric_limits<T>::epsilon()));

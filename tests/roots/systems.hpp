@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/optimize/problems.hpp"
+
 namespace systems {
 
 template <class Real>
@@ -16,36 +18,20 @@ struct Problem {
   std::vector<Real> start;
 };
 
+// Those of the test problems of least squares that have as many residuals as unknowns.
+template <class Real, void (*residuals)(long, long, const Real*, Real*)>
+void square(long n, Real* x, Real* f) {
+  residuals(n, n, x, f);
+}
+
 template <class Real>
 struct F {
-  static void rosenbrock(long, Real* x, Real* f) {
-    f[0] = 1 - x[0];
-    f[1] = 10 * (x[1] - x[0] * x[0]);
-  }
-  static void powell_singular(long, Real* x, Real* f) {
-    f[0] = x[0] + 10 * x[1];
-    f[1] = std::sqrt(Real(5)) * (x[2] - x[3]);
-    f[2] = (x[1] - 2 * x[2]) * (x[1] - 2 * x[2]);
-    f[3] = std::sqrt(Real(10)) * (x[0] - x[3]) * (x[0] - x[3]);
-  }
-  static void powell_badly_scaled(long, Real* x, Real* f) {
-    f[0] = 10000 * x[0] * x[1] - 1;
-    f[1] = std::exp(-x[0]) + std::exp(-x[1]) - Real(1.0001);
-  }
   static void wood(long, Real* x, Real* f) {
     const Real t1 = x[1] - x[0] * x[0], t2 = x[3] - x[2] * x[2];
     f[0] = -200 * x[0] * t1 - (1 - x[0]);
     f[1] = 200 * t1 + Real(20.2) * (x[1] - 1) + Real(19.8) * (x[3] - 1);
     f[2] = -180 * x[2] * t2 - (1 - x[2]);
     f[3] = 180 * t2 + Real(20.2) * (x[3] - 1) + Real(19.8) * (x[1] - 1);
-  }
-  static void helical_valley(long, Real* x, Real* f) {
-    const Real tau = Real(6.283185307179586);
-    Real angle = x[0] == 0 ? (x[1] < 0 ? Real(-0.25) : Real(0.25)) : std::atan(x[1] / x[0]) / tau;
-    if (x[0] < 0) angle += Real(0.5);
-    f[0] = 10 * (x[2] - 10 * angle);
-    f[1] = 10 * (std::sqrt(x[0] * x[0] + x[1] * x[1]) - 1);
-    f[2] = x[2];
   }
   static void watson(long n, Real* x, Real* f) {
     for (long k = 0; k < n; ++k) f[k] = 0;
@@ -62,23 +48,6 @@ struct F {
     const Real rest = x[1] - x[0] * x[0] - 1;
     f[0] += x[0] * (1 - 2 * rest);
     f[1] += rest;
-  }
-  static void chebyquad(long n, Real* x, Real* f) {
-    for (long k = 0; k < n; ++k) f[k] = 0;
-    for (long j = 0; j < n; ++j) {
-      Real before = 1, now = 2 * x[j] - 1;
-      const Real factor = 2 * now;
-      for (long i = 0; i < n; ++i) {
-        f[i] += now;
-        const Real next = factor * now - before;
-        before = now;
-        now = next;
-      }
-    }
-    for (long k = 0; k < n; ++k) {
-      f[k] /= Real(n);
-      if (k % 2 == 1) f[k] += 1 / (Real(k + 1) * Real(k + 1) - 1);
-    }
   }
   static void brown(long n, Real* x, Real* f) {
     Real sum = -Real(n + 1), product = 1;
@@ -142,9 +111,11 @@ template <class Real>
 std::vector<Problem<Real>> collection() {
   using Fn = F<Real>;
   std::vector<Problem<Real>> all = {
-      {"rosenbrock", 2, Fn::rosenbrock, {Real(-1.2), 1}},          {"powell singular", 4, Fn::powell_singular, {3, -1, 0, 1}},
-      {"powell badly scaled", 2, Fn::powell_badly_scaled, {0, 1}}, {"wood", 4, Fn::wood, {-3, -1, -3, -1}},
-      {"helical valley", 3, Fn::helical_valley, {-1, 0, 0}},
+      {"rosenbrock", 2, square<Real, problems::rosenbrock<Real>>, {Real(-1.2), 1}},
+      {"powell singular", 4, square<Real, problems::powell_singular<Real>>, {3, -1, 0, 1}},
+      {"powell badly scaled", 2, square<Real, problems::powell_badly_scaled<Real>>, {0, 1}},
+      {"wood", 4, Fn::wood, {-3, -1, -3, -1}},
+      {"helical valley", 3, square<Real, problems::helical_valley<Real>>, {-1, 0, 0}},
   };
   const auto fill = [](long n, auto value) {
     std::vector<Real> x(n);
@@ -153,7 +124,8 @@ std::vector<Problem<Real>> collection() {
   };
   for (long n : {6L, 9L}) all.push_back({"watson", n, Fn::watson, fill(n, [](long) { return 0.0; })});
   for (long n : {5L, 6L, 7L, 8L, 9L}) {
-    all.push_back({"chebyquad", n, Fn::chebyquad, fill(n, [n](long j) { return double(j + 1) / double(n + 1); })});
+    all.push_back({"chebyquad", n, square<Real, problems::chebyquad<Real>>,
+                   fill(n, [n](long j) { return double(j + 1) / double(n + 1); })});
   }
   for (long n : {10L, 30L, 40L}) all.push_back({"brown", n, Fn::brown, fill(n, [](long) { return 0.5; })});
   const auto grid = [](long n) {

@@ -186,7 +186,7 @@ TYPED_TEST(Systems, OptionsByValueAndAddress) {
 TYPED_TEST(Systems, StartAtTheZero) {
   using Real = TypeParam;
   Real start[2] = {1, 1}, fnorm = 1;
-  Real* x = solve(systems::F<Real>::rosenbrock, 2, ZENT_XGUESS, start, ZENT_FNORM, &fnorm);
+  Real* x = solve(systems::square<Real, problems::rosenbrock<Real>>, 2, ZENT_XGUESS, start, ZENT_FNORM, &fnorm);
   ASSERT_NE(x, nullptr);
   EXPECT_EQ(zent_error_code(), 0);
   EXPECT_EQ(fnorm, 0);
