@@ -38,13 +38,68 @@ T direction(T x) {
     if (!(size > 0)) return {1, 0};
     return {x.re / size, x.im / size};
   } else {
-    return x >= 0 ? T{1} : T{-1};
+    return static_cast<T>(2 * static_cast<int>(x >= 0) - 1);
   }
 }
 
 // Something worse than a warning stands in the frame of the public function.
 inline bool fatal() {
   return error_state<Math>.type_word[0] > 3;
+}
+
+// What both solvers take; the factor options differ.
+template <class T>
+struct BandOptions {
+  bool factor_only = false, solve_only = false, factor_user = false;
+  T** give_factor = nullptr;
+  T* factor = nullptr;
+  T* x = nullptr;
+  RealOf<T>* condition = nullptr;
+};
+
+inline void null_value(const void* value, const char* argument, const char* option) {
+  if (value == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {argument, option}});
+}
+
+// False for another code.
+template <class T>
+bool read_band_option(int code, Options& list, BandOptions<T>& options) {
+  switch (code) {
+    case ZENT_FACTOR_ONLY:
+      options.factor_only = true;
+      return true;
+    case ZENT_SOLVE_ONLY:
+      options.solve_only = true;
+      return true;
+    case ZENT_RETURN_USER:
+      options.x = list.pointer<T>();
+      null_value(options.x, "x", "ZENT_RETURN_USER");
+      return true;
+    case ZENT_CONDITION:
+      options.condition = list.pointer<RealOf<T>>();
+      null_value(options.condition, "cond", "ZENT_CONDITION");
+      return true;
+    default:
+      return false;
+  }
+}
+
+// The tests before those of the codiagonals; false after an error.
+template <class T>
+bool check_band_arguments(long n, const T* a, const T* b, const BandOptions<T>& options) {
+  if (a == nullptr && !options.solve_only) raise<Math>(5, MATH_UNEXPECTED_NULL_POINTER, {.l = {"a"}});
+  if (b == nullptr && !options.factor_only) raise<Math>(5, MATH_UNEXPECTED_NULL_POINTER, {.l = {"b"}});
+  if (failed<Math>()) return false;
+  if (options.solve_only && options.condition != nullptr) {
+    raise<Math>(5, MATH_CONDITION_ONLY_SPECIFIER);
+  } else if (options.factor_only && !options.factor_user && options.give_factor == nullptr) {
+    raise<Math>(5, MATH_FACTOR_ONLY_SPECIFIER);
+  } else if (options.solve_only && !options.factor_user) {
+    raise<Math>(5, MATH_SPECIFY_SOLVE_ONLY);
+  } else if (n < 1) {
+    raise<Math>(5, MATH_NEGATIVE_ORDER, {.i = {n}});
+  }
+  return !failed<Math>();
 }
 
 // LU factorization with partial pivoting of the band matrix in a (element (r, j) of its storage at a + r * row_step + j *
@@ -65,7 +120,7 @@ void l_lftqs(long n, const T* a, long lda, long ncoda, T* fac, long ldfac);
 template <class T>
 void l_lfsqs(long n, const T* fac, long ldfac, long ncoda, const T* b, T* x);
 
-// The solution with a factor in rows of n, which is brought into columns a tile at a time. Also 202.
+// The solution with a factor in rows of n.
 template <class T>
 void l_lfsqs_rows(long n, const T* fac, long ncoda, const T* b, T* x);
 
@@ -98,34 +153,54 @@ void columns_to_rows(long rows, long n, const T* b, long ld, T* a) {
 
 // The 1-norm of the inverse by Hager's method in Higham's form, in exactly five passes; the estimate of the last one counts. The
 // vector of a pass is fixed by the index that the pass before chose, so a repeated index closes a cycle: what the fifth pass
-// would give is then known without running it.
+// would give is then known without running it. The solutions turn x into what they give, and signs is work. With a
+// matrix of large elements the vectors are scaled by a power of 2 near its norm, lest the inverse's underflow.
 template <class T, class Solve, class SolveTransposed>
-RealOf<T> l_condition_higham(long n, T* x, Solve solve, SolveTransposed solve_transposed) {
+RealOf<T> estimate_inverse_norm(long n, T* x, bool* signs, RealOf<T> norm, Solve solve, SolveTransposed solve_transposed) {
+  using Real = RealOf<T>;
   constexpr int passes = 5;
-  RealOf<T> estimate[passes] = {};
+  const bool scales = norm > 1 && norm <= Machine<Real>::largest;
+  const Real unit = scales ? std::ldexp(Real{1}, std::ilogb(norm)) : Real{1};
+  Real estimate[passes] = {};
   long chosen[passes] = {};
-  for (long i = 0; i < n; ++i) x[i] = kernel::from_real<T>(1 / static_cast<RealOf<T>>(n));
+  for (long i = 0; i < n; ++i) x[i] = kernel::from_real<T>(unit / static_cast<Real>(n));
   for (int pass = 0;; ++pass) {
-    solve(x);
+    solve();
     for (long i = 0; i < n; ++i) estimate[pass] += magnitude(x[i]);
+    estimate[pass] /= unit;
     if (pass == passes - 1) return estimate[pass];
-    for (long i = 0; i < n; ++i) x[i] = direction(x[i]);
-    solve_transposed(x);
-    chosen[pass] = kernel::iamax(n, x, 1) - 1;
+    long changed = 0;  // the same signs lead to the same index
+    for (long i = 0; i < n; ++i) {
+      const T sign = direction(x[i]);
+      const bool positive = sign == kernel::from_real<T>(1);
+      changed += pass == 0 || positive != signs[i] || (kernel::ComplexRecord<T> && !positive);
+      signs[i] = positive;
+      x[i] = unit * sign;
+    }
+    if (changed == 0) return estimate[pass];
+    solve_transposed();
+    chosen[pass] = fast::iamax(n, x, 1) - 1;
     for (int earlier = 0; earlier < pass; ++earlier) {
       if (chosen[earlier] != chosen[pass]) continue;
       const int period = pass - earlier;
       return estimate[earlier + 1 + (passes - 2 - pass) % period];
     }
     for (long i = 0; i < n; ++i) x[i] = T{};
-    x[chosen[pass]] = kernel::from_real<T>(1);
+    x[chosen[pass]] = kernel::from_real<T>(unit);
   }
 }
 
+// The 1-norm of the inverse from the factor of a matrix of the given norm. 201, and 0, without memory.
+template <class T>
+RealOf<T> l_condition_higham(long n, const T* fac, long ldfac, long nlca, long nuca, const long* pvt, RealOf<T> norm);
+template <class T>
+RealOf<T> l_condition_higham(long n, const T* fac, long ldfac, long ncoda, RealOf<T> norm);
+
 // Warns when norm * inverse_norm is beyond 1/epsilon and stores the condition number where it was asked for. A product that is
-// not a number counts as infinite.
+// not a number counts as infinite. Nothing after an error of the estimate.
 template <class Real>
 void l_report_condition(Real norm, Real inverse_norm, Real* condition) {
+  if (fatal()) return;
   Real k = norm * inverse_norm;
   if (std::isnan(k)) k = Machine<Real>::infinity;
   if (k > 1 / Machine<Real>::epsilon) raise<Math>(3, MATH_ILL_CONDITIONED, {.r = {static_cast<double>(1 / k)}});

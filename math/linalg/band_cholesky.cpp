@@ -126,18 +126,76 @@ long factor_blocks(Window<T> w, const UpperBand<T>& r, T* row) {
   return 0;
 }
 
-// Columns of R behind `before` others, with the unknowns x that belong to them.
 struct SolveForward {
-  template <class T>
-  ZENT_BAND_INLINE static long run(UpperBand<const T> r, T* x, long before) {
-    solve_upper_transposed(r.diagonal(0), r.ld, r.n, r.codiagonals, x, before);
+  template <class T, class Quotient>
+  ZENT_BAND_INLINE static long run(UpperBand<const T> r, T* x, Quotient quotient) {
+    solve_upper_transposed(r.diagonal(0), r.ld, r.n, r.codiagonals, x, quotient);
     return 0;
   }
 };
 struct SolveBackward {
+  template <class T, class Quotient>
+  ZENT_BAND_INLINE static long run(UpperBand<const T> r, T* x, Quotient quotient) {
+    solve_upper(r.diagonal(0), r.ld, r.n, r.codiagonals, x, quotient);
+    return 0;
+  }
+};
+
+// Both substitutions with R in rows of n, where codiagonal d is row ncoda - d: R(j - d, j) at its column j. Some unknowns at a
+// time take what the known ones contribute, a piece of a codiagonal after the other; the few products among them come last.
+struct SolveRows {
+  static constexpr long group = 16;
+
   template <class T>
-  ZENT_BAND_INLINE static long run(UpperBand<const T> r, T* x, long before) {
-    solve_upper(r.diagonal(0), r.ld, r.n, r.codiagonals, x, before);
+  ZENT_BAND_INLINE static void forward(long n, const T* __restrict fac, long k, T* __restrict x) {
+    for (long first = 0; first < n; first += group) {
+      const long width = group < n - first ? group : n - first;
+      T sums[group] = {};
+      for (long d = k < first + width - 1 ? k : first + width - 1; d > 0; --d) {
+        const T* row = fac + (k - d) * n + first;
+        const T* known = x + first - d;
+        const long from = d > first ? d - first : 0;
+        if (d >= group && width == group && from == 0) {
+          for (long l = 0; l < group; ++l) sums[l] += kernel::conj(row[l]) * known[l];
+        } else {
+          for (long l = from; l < d && l < width; ++l) sums[l] += kernel::conj(row[l]) * known[l];
+        }
+      }
+      for (long l = 0; l < width; ++l) {
+        const long j = first + l;
+        x[j] = (x[j] - sums[l]) / kernel::conj(fac[k * n + j]);
+        for (long d = 1; d <= k && l + d < width; ++d) sums[l + d] += kernel::conj(fac[(k - d) * n + j + d]) * x[j];
+      }
+    }
+  }
+
+  template <class T>
+  ZENT_BAND_INLINE static void backward(long n, const T* __restrict fac, long k, T* __restrict x) {
+    for (long last = n; last > 0; last -= group) {
+      const long width = group < last ? group : last, first = last - width;
+      T sums[group] = {};
+      for (long d = k < n - 1 - first ? k : n - 1 - first; d > 0; --d) {
+        const T* row = fac + (k - d) * n + first + d;
+        const T* known = x + first + d;
+        if (d >= group && width == group && last + d <= n) {
+          for (long l = 0; l < group; ++l) sums[l] += row[l] * known[l];
+        } else {
+          const long from = d < width ? width - d : 0, to = last + d <= n ? width : n - d - first;
+          for (long l = from; l < to; ++l) sums[l] += row[l] * known[l];
+        }
+      }
+      for (long l = width - 1; l >= 0; --l) {
+        const long j = first + l;
+        x[j] = (x[j] - sums[l]) / fac[k * n + j];
+        for (long d = 1; d <= k && d <= l; ++d) sums[l - d] += fac[(k - d) * n + j] * x[j];
+      }
+    }
+  }
+
+  template <class T>
+  ZENT_BAND_INLINE static long run(long n, const T* fac, long k, T* x) {
+    forward(n, fac, k, x);
+    backward(n, fac, k, x);
     return 0;
   }
 };
@@ -182,41 +240,41 @@ void l_lfsqs(long n, const T* fac, long ldfac, long ncoda, const T* b, T* x) {
   const UpperBand<const T> r = {.data = fac, .ld = ldfac, .n = n, .codiagonals = ncoda};
   if (!diagonal_divides(n, r.diagonal(0), ldfac)) return;
   if (x != b) std::copy_n(b, n, x);
-  run_for_processor<SolveForward>(r, x, 0L);
-  run_for_processor<SolveBackward>(r, x, 0L);
+  run_for_processor<SolveForward>(r, x, Division<T>{});
+  run_for_processor<SolveBackward>(r, x, Division<T>{});
+}
+
+template <class T>
+RealOf<T> l_condition_higham(long n, const T* fac, long ldfac, long ncoda, RealOf<T> norm) {
+  T* x = scratch<Math, T>(n);
+  bool* signs = scratch_zero<Math, bool>(n);
+  T* reciprocals = scratch<Math, T>(n);
+  if (x == nullptr || signs == nullptr || reciprocals == nullptr) {
+    raise_out_of_memory<Math>({n}, {"n"});
+    return 0;
+  }
+  const UpperBand<const T> r = {.data = fac, .ld = ldfac, .n = n, .codiagonals = ncoda};
+  for (long j = 0; j < n; ++j) reciprocals[j] = kernel::from_real<T>(1) / *r.diagonal(j);
+  const Reciprocals<T> quotient = {reciprocals};
+  const auto solve = [=] {
+    run_for_processor<SolveForward>(r, x, quotient);
+    run_for_processor<SolveBackward>(r, x, quotient);
+  };
+  return estimate_inverse_norm(n, x, signs, norm, solve, solve);
 }
 
 template <class T>
 void l_lfsqs_rows(long n, const T* fac, long ncoda, const T* b, T* x) {
-  constexpr long tile = 64;
   if (!diagonal_divides(n, fac + ncoda * n, 1)) return;
-  const long rows = ncoda + 1;
-  long count = 0;
-  T* columns = __builtin_mul_overflow(rows, std::min(tile, n), &count) ? nullptr : scratch<Math, T>(count);
-  if (columns == nullptr) {
-    raise_out_of_memory<Math>({ncoda, n}, {"ncoda", "n"});
-    return;
-  }
   if (x != b) std::copy_n(b, n, x);
-  const auto load = [&](long first, long last) {
-    gather_columns(rows, n, first, last, fac, columns, rows);
-    return UpperBand<const T>{.data = columns, .ld = rows, .n = last - first, .codiagonals = ncoda};
-  };
-  // Tiles count from the end, so that columns meet in the same fours as without tiles, and the solution is the same.
-  for (long last = (n - 1) % tile + 1; last <= n; last += tile) {
-    const long first = std::max(0L, last - tile);
-    run_for_processor<SolveForward>(load(first, last), x + first, first);
-  }
-  for (long last = n; last > 0; last -= tile) {
-    const long first = std::max(0L, last - tile);
-    run_for_processor<SolveBackward>(load(first, last), x + first, first);
-  }
+  run_for_processor<SolveRows>(n, fac, ncoda, x);
 }
 
 #define ZENT_INSTANTIATE(T)                                           \
   template void l_lftqs<T>(long, const T*, long, long, T*, long);     \
   template void l_lfsqs<T>(long, const T*, long, long, const T*, T*); \
-  template void l_lfsqs_rows<T>(long, const T*, long, const T*, T*);
+  template void l_lfsqs_rows<T>(long, const T*, long, const T*, T*);  \
+  template RealOf<T> l_condition_higham<T>(long, const T*, long, long, RealOf<T>);
 ZENT_INSTANTIATE(float)
 ZENT_INSTANTIATE(double)
 ZENT_INSTANTIATE(zent_f_complex)

@@ -8,27 +8,12 @@ namespace zent::band {
 namespace {
 
 template <class T>
-struct GeneralOptions {
-  bool transpose = false, factor_only = false, solve_only = false, factor_user = false;
+struct GeneralOptions : BandOptions<T> {
+  bool transpose = false;
   long** give_pivots = nullptr;
-  T** give_factor = nullptr;
   long* pivots = nullptr;
-  T* factor = nullptr;
-  T* x = nullptr;
-  RealOf<T>* condition = nullptr;
   long block = 0;
 };
-
-template <class T>
-void read_factor_user(Options& list, GeneralOptions<T>& options) {
-  options.pivots = list.pointer<long>();
-  options.factor = list.pointer<T>();
-  options.factor_user = true;
-  options.give_pivots = nullptr;
-  options.give_factor = nullptr;
-  if (options.pivots == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {"ipvt", "ZENT_FACTOR"}});
-  if (options.factor == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_2, {.l = {"factor", "ZENT_FACTOR"}});
-}
 
 template <class T>
 GeneralOptions<T> read_options(Options& list) {
@@ -46,27 +31,19 @@ GeneralOptions<T> read_options(Options& list) {
         options.factor = nullptr;
         break;
       case ZENT_FACTOR_USER:
-        read_factor_user(list, options);
-        break;
-      case ZENT_FACTOR_ONLY:
-        options.factor_only = true;
-        break;
-      case ZENT_SOLVE_ONLY:
-        options.solve_only = true;
-        break;
-      case ZENT_RETURN_USER:
-        options.x = list.pointer<T>();
-        if (options.x == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {"x", "ZENT_RETURN_USER"}});
-        break;
-      case ZENT_CONDITION:
-        options.condition = list.pointer<RealOf<T>>();
-        if (options.condition == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {"cond", "ZENT_CONDITION"}});
+        options.pivots = list.pointer<long>();
+        options.factor = list.pointer<T>();
+        options.factor_user = true;
+        options.give_pivots = nullptr;
+        options.give_factor = nullptr;
+        null_value(options.pivots, "ipvt", "ZENT_FACTOR");
+        if (options.factor == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_2, {.l = {"factor", "ZENT_FACTOR"}});
         break;
       case ZENT_BLOCKING_FACTOR:
         options.block = std::clamp(list.integer(), 1L, 32L);
         break;
       default:
-        if (!list.unknown<Math>(code)) return options;
+        if (!read_band_option(code, list, options) && !list.unknown<Math>(code)) return options;
     }
   }
   return options;
@@ -74,18 +51,8 @@ GeneralOptions<T> read_options(Options& list) {
 
 template <class T>
 bool arguments_fit(long n, const T* a, long nlca, long nuca, const T* b, const GeneralOptions<T>& options) {
-  if (a == nullptr && !options.solve_only) raise<Math>(5, MATH_UNEXPECTED_NULL_POINTER, {.l = {"a"}});
-  if (b == nullptr && !options.factor_only) raise<Math>(5, MATH_UNEXPECTED_NULL_POINTER, {.l = {"b"}});
-  if (failed<Math>()) return false;
-  if (options.solve_only && options.condition != nullptr) {
-    raise<Math>(5, MATH_CONDITION_ONLY_SPECIFIER);
-  } else if (options.factor_only && !options.factor_user && options.give_factor == nullptr) {
-    raise<Math>(5, MATH_FACTOR_ONLY_SPECIFIER);
-  } else if (options.solve_only && !options.factor_user) {
-    raise<Math>(5, MATH_SPECIFY_SOLVE_ONLY);
-  } else if (n < 1) {
-    raise<Math>(5, MATH_NEGATIVE_ORDER, {.i = {n}});
-  } else if (nlca < 0 || nlca >= n) {
+  if (!check_band_arguments(n, a, b, options)) return false;
+  if (nlca < 0 || nlca >= n) {
     raise<Math>(5, MATH_LOWER_CODIAGONALS, {.i = {nlca, n}});
   } else if (nuca < 0 || nuca >= n) {
     raise<Math>(5, MATH_UPPER_CODIAGONALS, {.i = {nuca, n}});
@@ -95,23 +62,23 @@ bool arguments_fit(long n, const T* a, long nlca, long nuca, const T* b, const G
 
 // Column sums with the row limits of the lower codiagonals on both sides. Where nlca and nuca differ these are not the limits of
 // the storage: a few corner columns lose elements of the matrix or read corners outside it.
-template <class T>
-RealOf<T> l_compute_matrix_1_norm_band(long n, const T* a, long nlca, long nuca) {
-  constexpr long tile = 256;
-  RealOf<T> norm = 0, sums[tile];
-  for (long first = 0; first < n; first += tile) {
-    const long last = std::min(n, first + tile);
-    std::fill_n(sums, tile, RealOf<T>{0});
-    for (long r = 0; r <= nlca + nuca; ++r) {
-      const long from = std::max(first, nlca - r), to = std::min(last, nlca + n - r);
-      for (long j = from; j < to; ++j) sums[j - first] += magnitude(a[r * n + j]);
+struct NormOfColumns {
+  template <class T>
+  ZENT_BAND_INLINE static RealOf<T> run(long n, const T* a, long nlca, long nuca) {
+    constexpr long tile = 256;
+    RealOf<T> norm = 0, sums[tile];
+    for (long first = 0; first < n; first += tile) {
+      const long last = first + tile < n ? first + tile : n;
+      for (long j = 0; j < tile; ++j) sums[j] = 0;
+      for (long r = 0; r <= nlca + nuca; ++r) {
+        const long from = first > nlca - r ? first : nlca - r, to = last < nlca + n - r ? last : nlca + n - r;
+        for (long j = from; j < to; ++j) sums[j - first] += magnitude(a[r * n + j]);
+      }
+      for (long j = 0; j < last - first; ++j) norm = sums[j] > norm ? sums[j] : norm;
     }
-    for (long j = 0; j < last - first; ++j) {
-      if (sums[j] > norm) norm = sums[j];
-    }
+    return norm;
   }
-  return norm;
-}
+};
 
 // Storage for pivots and factor where the caller gives none, in memory that can be handed over.
 template <class T>
@@ -144,20 +111,6 @@ const T* apart_from_factor(long n, const T* a, long nlca, long nuca, const T* fa
   return copy;
 }
 
-template <class T>
-void estimate_condition(long n, long nlca, long nuca, RealOf<T> norm, const GeneralOptions<T>& options) {
-  T* work = scratch<Math, T>(n);
-  if (work == nullptr) {
-    raise_out_of_memory<Math>({n}, {"n"});
-    return;
-  }
-  const long ld = 2 * nlca + nuca + 1;
-  const auto solve = [&](long ipath) {
-    return [=](T* x) { l_lfsrb<T>(n, options.factor, ld, nlca, nuca, options.pivots, x, ipath, x); };
-  };
-  l_report_condition(norm, l_condition_higham(n, work, solve(1), solve(2)), options.condition);
-}
-
 // Factors, and leaves false behind when that failed.
 template <class T>
 bool factor_matrix(long n, const T* a, long nlca, long nuca, GeneralOptions<T>& options) {
@@ -174,7 +127,7 @@ T* l_lin_sol_gen_band(long n, T* a, long nlca, long nuca, T* b, Options& list) {
   if (!arguments_fit(n, a, nlca, nuca, b, options)) return nullptr;
   if (options.factor_only && options.solve_only) return nullptr;
   const bool estimate = !options.solve_only && (!options.factor_only || options.condition != nullptr);
-  const RealOf<T> norm = estimate ? l_compute_matrix_1_norm_band(n, a, nlca, nuca) : 0;
+  const RealOf<T> norm = estimate ? run_for_processor<NormOfColumns>(n, static_cast<const T*>(a), nlca, nuca) : 0;
   if (!options.solve_only && !factor_matrix(n, a, nlca, nuca, options)) return nullptr;
   T* x = options.x;
   if (!options.factor_only) {
@@ -186,7 +139,10 @@ T* l_lin_sol_gen_band(long n, T* a, long nlca, long nuca, T* b, Options& list) {
     l_lfsrb<T>(n, options.factor, 2 * nlca + nuca + 1, nlca, nuca, options.pivots, b, options.transpose ? 2 : 1, x);
     if (fatal()) return nullptr;
   }
-  if (estimate) estimate_condition(n, nlca, nuca, norm, options);
+  if (estimate) {
+    l_report_condition(norm, l_condition_higham<T>(n, options.factor, 2 * nlca + nuca + 1, nlca, nuca, options.pivots, norm),
+                       options.condition);
+  }
   if (fatal()) return nullptr;
   if (!options.solve_only && options.give_factor != nullptr) {
     *options.give_factor = options.factor;  // before they are kept: a bad address must not cost them

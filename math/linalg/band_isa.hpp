@@ -3,6 +3,7 @@
 #pragma once
 
 #include "runtime/kernels/complex.hpp"
+#include "runtime/machine.hpp"
 
 namespace zent::band {
 
@@ -103,17 +104,48 @@ ZENT_BAND_INLINE T inner_product(long n, const T* __restrict x, const T* __restr
   return sum;
 }
 
-// Substitution with n columns of an upper triangular band, behind `before` others whose unknowns stand before x. Column j ends
-// with its diagonal at last + j * ld and has `upper` codiagonals.
-// In wide bands columns go by fours where all of them have their full length: one pass over x then serves four.
+// How a substitution divides by the diagonal element of column j. An estimate solves with one factor again and again: it has the
+// reciprocals, and takes what underflows as 0, because the inverse of a band matrix decays away from its diagonal and arithmetic
+// with denormal numbers is slow.
 template <class T>
-ZENT_BAND_INLINE void solve_upper(const T* last, long ld, long n, long upper, T* x, long before = 0) {
+struct Division {
+  static constexpr bool drops = false;
+
+  ZENT_BAND_INLINE T operator()(T x, T diagonal, long) const {
+    return x / diagonal;
+  }
+  ZENT_BAND_INLINE T conjugated(T x, T diagonal, long) const {
+    return x / kernel::conj(diagonal);
+  }
+};
+template <class T>
+ZENT_BAND_INLINE T without_underflow(T x) {
+  return kernel::abs1(x) < Machine<kernel::RealOf<T>>::smallest ? T{} : x;
+}
+template <class T>
+struct Reciprocals {
+  static constexpr bool drops = true;
+  const T* of;
+
+  ZENT_BAND_INLINE T operator()(T x, T, long j) const {
+    return without_underflow(of[j] * x);
+  }
+  ZENT_BAND_INLINE T conjugated(T x, T, long j) const {
+    return without_underflow(kernel::conj(of[j]) * x);
+  }
+};
+
+// Substitution with n columns of an upper triangular band. Column j ends with its diagonal at last + j * ld and has `upper`
+// codiagonals.
+// In wide bands columns go by fours where all of them have their full length: one pass over x then serves four.
+template <class T, class Quotient>
+ZENT_BAND_INLINE void solve_upper(const T* last, long ld, long n, long upper, T* x, Quotient quotient) {
   long j = n - 1;
-  for (; upper >= 64 && j >= 3 && j + before >= upper + 3; j -= 4) {
+  for (; upper >= 64 && j >= upper + 3; j -= 4) {
     T alpha[4];
     for (int k = 0; k < 4; ++k) {  // columns j, j - 1, j - 2, j - 3
       const T* column = last + (j - k) * ld;
-      const T value = x[j - k] / column[0];
+      const T value = quotient(x[j - k], column[0], j - k);
       x[j - k] = value;
       for (long i = 1; i < 4 - k; ++i) x[j - k - i] += -value * column[-i];          // rows of the four
       for (long i = upper; i > upper - k; --i) x[j - k - i] += -value * column[-i];  // rows that the first does not reach
@@ -125,20 +157,25 @@ ZENT_BAND_INLINE void solve_upper(const T* last, long ld, long n, long upper, T*
   for (; j >= 0; --j) {
     if (x[j] == T{}) continue;
     const T* column = last + j * ld;
-    const T value = x[j] / column[0];
+    const T value = quotient(x[j], column[0], j);
     x[j] = value;
-    const long m = upper < j + before ? upper : j + before;
+    const long m = upper < j ? upper : j;
     add_multiple(m, -value, column - m, x + j - m);
   }
 }
 
 // The same with the conjugate transpose.
-template <class T>
-ZENT_BAND_INLINE void solve_upper_transposed(const T* last, long ld, long n, long upper, T* x, long before = 0) {
+template <class T, class Quotient>
+ZENT_BAND_INLINE void solve_upper_transposed(const T* last, long ld, long n, long upper, T* x, Quotient quotient) {
+  long zeros = upper;  // unknowns before this one that are 0, where they are counted
   for (long j = 0; j < n; ++j) {
+    if constexpr (Quotient::drops) {
+      if (zeros >= upper && x[j] == T{}) continue;
+    }
     const T* column = last + j * ld;
-    const long m = upper < j + before ? upper : j + before;
-    x[j] = (x[j] - inner_product<true>(m, column - m, x + j - m)) / kernel::conj(column[0]);
+    const long m = upper < j ? upper : j;
+    x[j] = quotient.conjugated(x[j] - inner_product<true>(m, column - m, x + j - m), column[0], j);
+    if constexpr (Quotient::drops) zeros = x[j] == T{} ? zeros + 1 : 0;
   }
 }
 

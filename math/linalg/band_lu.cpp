@@ -198,28 +198,26 @@ void copy_band(long n, const T* a, long row_step, long column_step, long nlca, l
 }
 
 struct SolvePlain {
-  template <class T>
-  ZENT_BAND_INLINE static long run(Factor<const T> f, const long* pvt, T* x) {
+  template <class T, class Quotient>
+  ZENT_BAND_INLINE static long run(Factor<const T> f, const long* pvt, T* x, Quotient quotient) {
     if (f.lower > 0) {
       for (long k = 0; k + 1 < f.n; ++k) {
         const long p = pvt[k] - 1;
-        const T value = x[p];
-        if (p != k) {
-          x[p] = x[k];
-          x[k] = value;
-        }
+        const T value = Quotient::drops ? without_underflow(x[p]) : x[p];
+        if (p != k) x[p] = x[k];
+        if (p != k || Quotient::drops) x[k] = value;
         if (!(value == T{})) add_multiple(std::min(f.lower, f.n - 1 - k), value, f.diagonal(k) + 1, x + k + 1);
       }
     }
-    solve_upper(f.diagonal(0), f.ld, f.n, f.upper, x);
+    solve_upper(f.diagonal(0), f.ld, f.n, f.upper, x, quotient);
     return 0;
   }
 };
 
 struct SolveTransposed {
-  template <class T>
-  ZENT_BAND_INLINE static long run(Factor<const T> f, const long* pvt, T* x) {
-    solve_upper_transposed(f.diagonal(0), f.ld, f.n, f.upper, x);
+  template <class T, class Quotient>
+  ZENT_BAND_INLINE static long run(Factor<const T> f, const long* pvt, T* x, Quotient quotient) {
+    solve_upper_transposed(f.diagonal(0), f.ld, f.n, f.upper, x, quotient);
     if (f.lower == 0) return 0;
     for (long k = f.n - 2; k >= 0; --k) {
       x[k] += inner_product<true>(std::min(f.lower, f.n - 1 - k), f.diagonal(k) + 1, x + k + 1);
@@ -275,15 +273,33 @@ void l_lfsrb(long n, const T* fac, long ldfac, long nlca, long nuca, const long*
   }
   if (x != b) std::copy_n(b, n, x);
   if (ipath == 1) {
-    run_for_processor<SolvePlain>(f, pvt, x);
+    run_for_processor<SolvePlain>(f, pvt, x, Division<T>{});
   } else {
-    run_for_processor<SolveTransposed>(f, pvt, x);
+    run_for_processor<SolveTransposed>(f, pvt, x, Division<T>{});
   }
 }
 
-#define ZENT_INSTANTIATE(T)                                                                \
-  template void l_l2trb<T>(long, const T*, long, long, long, long, T*, long, long*, long); \
-  template void l_lfsrb<T>(long, const T*, long, long, long, const long*, const T*, long, T*);
+template <class T>
+RealOf<T> l_condition_higham(long n, const T* fac, long ldfac, long nlca, long nuca, const long* pvt, RealOf<T> norm) {
+  T* x = scratch<Math, T>(n);
+  bool* signs = scratch_zero<Math, bool>(n);
+  T* reciprocals = scratch<Math, T>(n);
+  if (x == nullptr || signs == nullptr || reciprocals == nullptr) {
+    raise_out_of_memory<Math>({n}, {"n"});
+    return 0;
+  }
+  const Factor<const T> f = {.data = fac, .ld = ldfac, .n = n, .lower = nlca, .upper = nlca + nuca};
+  for (long j = 0; j < n; ++j) reciprocals[j] = kernel::from_real<T>(1) / *f.diagonal(j);
+  const Reciprocals<T> quotient = {reciprocals};
+  return estimate_inverse_norm(
+      n, x, signs, norm, [=] { run_for_processor<SolvePlain>(f, pvt, x, quotient); },
+      [=] { run_for_processor<SolveTransposed>(f, pvt, x, quotient); });
+}
+
+#define ZENT_INSTANTIATE(T)                                                                    \
+  template void l_l2trb<T>(long, const T*, long, long, long, long, T*, long, long*, long);     \
+  template void l_lfsrb<T>(long, const T*, long, long, long, const long*, const T*, long, T*); \
+  template RealOf<T> l_condition_higham<T>(long, const T*, long, long, long, const long*, RealOf<T>);
 ZENT_INSTANTIATE(float)
 ZENT_INSTANTIATE(double)
 ZENT_INSTANTIATE(zent_f_complex)

@@ -7,66 +7,31 @@ namespace zent::band {
 
 namespace {
 
+// The factor here is row-major.
 template <class T>
-struct PosdefOptions {
-  bool factor_only = false, solve_only = false;
-  T** give_factor = nullptr;
-  T* factor = nullptr;  // the caller's, row-major
-  T* x = nullptr;
-  RealOf<T>* condition = nullptr;
-};
-
-template <class T>
-PosdefOptions<T> read_options(Options& list) {
-  PosdefOptions<T> options;
+BandOptions<T> read_options(Options& list) {
+  BandOptions<T> options;
   while (const int code = list.code()) {
-    switch (code) {
-      case ZENT_FACTOR:
-        options.give_factor = list.pointer<T*>();
-        options.factor = nullptr;
-        break;
-      case ZENT_FACTOR_USER:
-        options.factor = list.pointer<T>();
-        options.give_factor = nullptr;
-        if (options.factor == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {"factor", "ZENT_FACTOR_USER"}});
-        break;
-      case ZENT_FACTOR_ONLY:
-        options.factor_only = true;
-        break;
-      case ZENT_SOLVE_ONLY:
-        options.solve_only = true;
-        break;
-      case ZENT_RETURN_USER:
-        options.x = list.pointer<T>();
-        if (options.x == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {"x", "ZENT_RETURN_USER"}});
-        break;
-      case ZENT_CONDITION:
-        options.condition = list.pointer<RealOf<T>>();
-        if (options.condition == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {"cond", "ZENT_CONDITION"}});
-        break;
-      default:
-        if (!list.unknown<Math>(code)) return options;
+    if (code == ZENT_FACTOR) {
+      options.give_factor = list.pointer<T*>();
+      options.factor_user = false;
+      options.factor = nullptr;
+    } else if (code == ZENT_FACTOR_USER) {
+      options.factor = list.pointer<T>();
+      options.factor_user = true;
+      options.give_factor = nullptr;
+      null_value(options.factor, "factor", "ZENT_FACTOR_USER");
+    } else if (!read_band_option(code, list, options) && !list.unknown<Math>(code)) {
+      break;
     }
   }
   return options;
 }
 
 template <class T>
-bool arguments_fit(long n, const T* a, long ncoda, const T* b, const PosdefOptions<T>& options) {
-  if (a == nullptr && !options.solve_only) raise<Math>(5, MATH_UNEXPECTED_NULL_POINTER, {.l = {"a"}});
-  if (b == nullptr && !options.factor_only) raise<Math>(5, MATH_UNEXPECTED_NULL_POINTER, {.l = {"b"}});
-  if (failed<Math>()) return false;
-  if (options.solve_only && options.condition != nullptr) {
-    raise<Math>(5, MATH_CONDITION_ONLY_SPECIFIER);
-  } else if (options.factor_only && options.factor == nullptr && options.give_factor == nullptr) {
-    raise<Math>(5, MATH_FACTOR_ONLY_SPECIFIER);
-  } else if (options.solve_only && options.factor == nullptr) {
-    raise<Math>(5, MATH_SPECIFY_SOLVE_ONLY);
-  } else if (n < 1) {
-    raise<Math>(5, MATH_NEGATIVE_ORDER, {.i = {n}});
-  } else if (ncoda < 0 || ncoda >= n) {
-    raise<Math>(5, MATH_UPPER_CODIAGONALS, {.i = {ncoda, n}});
-  }
+bool arguments_fit(long n, const T* a, long ncoda, const T* b, const BandOptions<T>& options) {
+  if (!check_band_arguments(n, a, b, options)) return false;
+  if (ncoda < 0 || ncoda >= n) raise<Math>(5, MATH_UPPER_CODIAGONALS, {.i = {ncoda, n}});
   return !failed<Math>();
 }
 
@@ -84,40 +49,29 @@ bool diagonal_is_real(long n, const T* a, long ncoda) {
 }
 
 // Column sums of the stored half and of its mirror image.
-template <class T>
-RealOf<T> l_compute_matrix_1_norm_band_sym(long n, const T* a, long ncoda) {
-  constexpr long tile = 256;
-  RealOf<T> norm = 0, sums[tile];
-  for (long first = 0; first < n; first += tile) {
-    const long last = std::min(n, first + tile);
-    std::fill_n(sums, tile, RealOf<T>{0});
-    for (long d = 0; d <= ncoda; ++d) {
-      const T* row = a + (ncoda - d) * n;
-      for (long j = std::max(first, d); j < last; ++j) sums[j - first] += magnitude(row[j]);
-      if (d == 0) continue;
-      for (long j = first; j < std::min(last, n - d); ++j) sums[j - first] += magnitude(row[j + d]);
+struct SymmetricNorm {
+  template <class T>
+  ZENT_BAND_INLINE static RealOf<T> run(long n, const T* a, long ncoda) {
+    constexpr long tile = 256;
+    RealOf<T> norm = 0, sums[tile];
+    for (long first = 0; first < n; first += tile) {
+      const long last = first + tile < n ? first + tile : n;
+      for (long j = 0; j < tile; ++j) sums[j] = 0;
+      for (long d = 0; d <= ncoda; ++d) {
+        const T* row = a + (ncoda - d) * n;
+        for (long j = first > d ? first : d; j < last; ++j) sums[j - first] += magnitude(row[j]);
+        const long to = d == 0 ? first : last < n - d ? last : n - d;
+        for (long j = first; j < to; ++j) sums[j - first] += magnitude(row[j + d]);
+      }
+      for (long j = 0; j < last - first; ++j) norm = sums[j] > norm ? sums[j] : norm;
     }
-    for (long j = 0; j < last - first; ++j) {
-      if (sums[j] > norm) norm = sums[j];
-    }
+    return norm;
   }
-  return norm;
-}
-
-template <class T>
-void estimate_condition(long n, const T* columns, long ncoda, RealOf<T> norm, RealOf<T>* condition) {
-  T* work = scratch<Math, T>(n);
-  if (work == nullptr) {
-    raise_out_of_memory<Math>({n}, {"n"});
-    return;
-  }
-  const auto solve = [=](T* x) { l_lfsqs<T>(n, columns, ncoda + 1, ncoda, x, x); };
-  l_report_condition(norm, l_condition_higham(n, work, solve, solve), condition);
-}
+};
 
 // The factor back to the caller, in rows. It is his also after a warning.
 template <class T>
-bool hand_over_factor(long n, const T* columns, long ncoda, const PosdefOptions<T>& options) {
+bool hand_over_factor(long n, const T* columns, long ncoda, const BandOptions<T>& options) {
   T* rows = options.factor;
   if (options.give_factor != nullptr) rows = result<Math, T>((ncoda + 1) * n);
   if (rows == nullptr) {
@@ -134,7 +88,7 @@ bool hand_over_factor(long n, const T* columns, long ncoda, const PosdefOptions<
 }
 
 template <class T>
-T* solve_only(long n, long ncoda, const T* b, const PosdefOptions<T>& options) {
+T* solve_only(long n, long ncoda, const T* b, const BandOptions<T>& options) {
   T* x = options.x != nullptr ? options.x : result<Math, T>(n);
   if (x == nullptr) {
     raise_out_of_memory<Math>({n}, {"n"});
@@ -148,7 +102,7 @@ T* solve_only(long n, long ncoda, const T* b, const PosdefOptions<T>& options) {
 
 template <class T>
 T* l_lin_sol_posdef_band(long n, T* a, long ncoda, T* b, Options& list) {
-  const PosdefOptions<T> options = read_options<T>(list);
+  const BandOptions<T> options = read_options<T>(list);
   if (!arguments_fit(n, a, ncoda, b, options)) return nullptr;
   if (options.factor_only && options.solve_only) return nullptr;
   if (options.solve_only) return solve_only(n, ncoda, b, options);
@@ -167,10 +121,12 @@ T* l_lin_sol_posdef_band(long n, T* a, long ncoda, T* b, Options& list) {
   }
   rows_to_columns(ncoda + 1, n, a, columns, ncoda + 1);
   const bool estimate = !options.factor_only || options.condition != nullptr;
-  const RealOf<T> norm = estimate ? l_compute_matrix_1_norm_band_sym(n, a, ncoda) : 0;
+  const RealOf<T> norm = estimate ? run_for_processor<SymmetricNorm>(n, static_cast<const T*>(a), ncoda) : 0;
   l_lftqs<T>(n, columns, ncoda + 1, ncoda, columns, ncoda + 1);
   if (!fatal() && !options.factor_only) l_lfsqs<T>(n, columns, ncoda + 1, ncoda, b, x);
-  if (!fatal() && estimate) estimate_condition(n, columns, ncoda, norm, options.condition);
+  if (!fatal() && estimate) {
+    l_report_condition(norm, l_condition_higham<T>(n, columns, ncoda + 1, ncoda, norm), options.condition);
+  }
   if (fatal() || !hand_over_factor(n, columns, ncoda, options)) return nullptr;
   if (options.factor_only) return nullptr;
   keep<Math>(x);

@@ -74,26 +74,12 @@ bool check_real_diagonal(long n, const T* a, long lda) {
   return true;
 }
 
-template <class Half>
-bool check_cholesky_sizes(long n, long lda, long ldfac) {
-  if (n < 1) {
-    raise<Half>(5, MATH_NEGATIVE_ORDER, {.i = {n}});
-  } else if (n > lda) {
-    raise<Half>(5, MATH_LDA_LESS_ORDER, {.i = {n, lda}});
-  } else if (n > ldfac) {
-    raise<Half>(5, MATH_LDFAC_LESS_ORDER, {.i = {n, ldfac}});
-  } else {
-    return true;
-  }
-  return false;
-}
-
 // fac := Cholesky factor of a, in full. The arrays may be the same. Also a factorization that stopped is mirrored.
 template <class Half, class T>
 bool lftds(long n, const T* a, long lda, T* fac, long ldfac) {
   const char* name = frame_name<T>("zent_lftds", "zent_dlftds", "l_lftdh");
   push<Half>(name);
-  bool done = check_cholesky_sizes<Half>(n, lda, ldfac);
+  bool done = check_factor_sizes<Half>(n, lda, ldfac);
   if (done) {
     copy_upper(n, a, lda, fac, ldfac);
     done = check_real_diagonal<Half>(n, fac, ldfac);

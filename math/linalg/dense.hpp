@@ -33,6 +33,21 @@ constexpr const char* frame_name(const char* f, const char* d, const char* compl
   }
 }
 
+// Type 5 errors of a factorization's sizes; false then.
+template <class Half>
+bool check_factor_sizes(long n, long lda, long ldfac) {
+  if (n < 1) {
+    raise<Half>(5, MATH_NEGATIVE_ORDER, {.i = {n}});
+  } else if (n > lda) {
+    raise<Half>(5, MATH_LDA_LESS_ORDER, {.i = {n, lda}});
+  } else if (n > ldfac) {
+    raise<Half>(5, MATH_LDFAC_LESS_ORDER, {.i = {n, ldfac}});
+  } else {
+    return true;
+  }
+  return false;
+}
+
 // b(j, i) := a(i, j) for the leading n by n part; the arrays do not overlap.
 template <class T>
 void copy_transposed(long n, const T* a, long lda, T* b, long ldb) {

@@ -57,6 +57,7 @@ bool parse(LeastSquares<Real>& p, Options& options) {
       case ZENT_FACTOR:
         p.qraux_out = options.pointer<Real*>();
         p.qr_out = options.pointer<Real*>();
+        p.qraux = p.qr = nullptr;
         p.factor_user = false;
         break;
       case ZENT_FAC_COL_DIM:
@@ -129,7 +130,7 @@ bool acceptable(LeastSquares<Real>& p) {
   if (p.solve_only && p.kbasis == nullptr) raise<Math>(5, MATH_BASIS_SOLVE_ONLY);
   if (p.solve_only && !p.factor_user) raise<Math>(5, MATH_SPECIFY_SOLVE_ONLY);
   if (failed<Math>()) return false;
-  if (p.qr == p.a) p.fac_col_dim = std::max(p.fac_col_dim, p.a_col_dim);
+  if (p.factor_user && p.qr == p.a) p.fac_col_dim = std::max(p.fac_col_dim, p.a_col_dim);
   return true;
 }
 
@@ -162,6 +163,32 @@ bool obtain_solution(const LeastSquares<Real>& p, Arrays<Real>& w) {
   return obtained(w.residual);
 }
 
+// Whether the norm of a vector is beyond the numbers, or so near that sums with it could be, while its elements are not.
+template <class Real>
+bool too_long(long n, const Real* x) {
+  if (fast::nrm2(n, x, 1) < Machine<Real>::largest / 8) return false;
+  return std::all_of(x, x + n, [](Real element) { return std::isfinite(element); });
+}
+
+template <class Real>
+bool has_long_column(long m, long n, const Real* a) {
+  if (fast::nrm2(m * n, a, 1) < Machine<Real>::largest / 8) return false;
+  for (long j = 0; j < n; ++j) {
+    if (too_long(m, a + j * m)) return true;
+  }
+  return false;
+}
+
+// The scaling of vectors of m elements that are too long, as an exponent.
+int room_for(long m) {
+  return 4 + std::ilogb(static_cast<double>(m)) / 2;
+}
+
+template <class Real>
+void scale(int exponent, long n, Real* x) {
+  for (long k = 0; k < n && exponent != 0; ++k) x[k] = std::scalbn(x[k], exponent);
+}
+
 // On the columns of the basis of an earlier factor. x stays in the order of the factor but for the exchanges.
 template <class Real>
 bool solve_with_factor(const LeastSquares<Real>& p, Arrays<Real>& w) {
@@ -175,13 +202,20 @@ bool solve_with_factor(const LeastSquares<Real>& p, Arrays<Real>& w) {
   if (!obtained(w.qr) || !obtained(qty) || !obtained(x)) return false;
   turn(columns, p.m, p.qr, p.fac_col_dim, w.qr, p.m);
   w.qraux = p.qraux;
-  lqrsl<Math, Real>(p.m, kbasis, w.qr, p.m, w.qraux, p.b, nullptr, qty, x, qty, nullptr, with_residual ? 110 : 100);
+  std::copy(p.b, p.b + p.m, qty);
+  const int shift = too_long(p.m, qty) ? room_for(p.m) : 0;
+  scale(-shift, p.m, qty);
+  lqrsl<Math, Real>(p.m, kbasis, w.qr, p.m, w.qraux, qty, nullptr, qty, x, qty, nullptr, with_residual ? 110 : 100);
   if (error_state<Math>.type_word[0] > 3) return false;
+  scale(shift, p.n, x);
   for (long i = 0; p.pvt != nullptr && i < kbasis - 1; ++i) {
     if (p.pvt[i] >= 1 && p.pvt[i] <= kbasis) std::swap(x[i], x[p.pvt[i] - 1]);
   }
   std::copy(x, x + p.n, w.x);
-  if (with_residual) std::copy(qty, qty + p.m, w.residual);
+  if (with_residual) {
+    scale(shift, p.m, qty);
+    std::copy(qty, qty + p.m, w.residual);
+  }
   return true;
 }
 
@@ -194,6 +228,27 @@ long count_factored(long m, long n, const Real* qr, Real tol) {
   return count;
 }
 
+// Columns that are too long for the arithmetic are factored with the whole matrix scaled down by a power of two, and such a
+// right-hand side likewise, by a small one that costs the other elements nothing. work: 3n elements.
+template <class Real>
+void factor_scaled(const LeastSquares<Real>& p, Arrays<Real>& w, Real* work) {
+  const long m = p.m, n = p.n;
+  const int room = room_for(m), shift = has_long_column(m, n, w.qr) ? room : 0;
+  scale(-shift, m * n, w.qr);
+  if (p.factor_only) {
+    l2rrr<Math>(m, n, w.qr, m, true, w.pvt, w.qr, m, w.qraux, work + (2 * n - 1), work);
+    if (p.kbasis != nullptr) w.kbasis = count_factored(m, n, w.qr, p.tol);
+  } else {
+    const int right_shift = too_long(m, w.residual) ? room : 0;
+    scale(-right_shift, m, w.residual);
+    l2qrr<Math>(m, n, w.qr, m, w.residual, p.tol, w.x, w.residual, &w.kbasis, w.qr, w.qraux, w.pvt, work);
+    scale(right_shift - shift, n, w.x);
+    scale(right_shift, m, w.residual);
+  }
+  for (long k = 0; k < n; ++k) scale(shift, std::min(k + 1, m), w.qr + k * m);
+  if (n > m) scale(shift, n - m, w.qraux + m);  // norms, not heads
+}
+
 template <class Real>
 bool factor_and_solve(const LeastSquares<Real>& p, Arrays<Real>& w) {
   const long m = p.m, n = p.n;
@@ -204,13 +259,8 @@ bool factor_and_solve(const LeastSquares<Real>& p, Arrays<Real>& w) {
   if (!obtained(w.qr) || !obtained(w.qraux) || !obtained(w.pvt) || !obtained(work)) return false;
   if (!p.factor_only && !obtain_solution(p, w)) return false;
   turn(n, m, p.a, p.a_col_dim, w.qr, m);
-  if (p.factor_only) {
-    l2rrr<Math>(m, n, w.qr, m, true, w.pvt, w.qr, m, w.qraux, work + (2 * n - 1), work);
-    if (p.kbasis != nullptr) w.kbasis = count_factored(m, n, w.qr, p.tol);
-  } else {
-    if (w.residual != p.b) std::copy(p.b, p.b + m, w.residual);
-    l2qrr<Math>(m, n, w.qr, m, w.residual, p.tol, w.x, w.residual, &w.kbasis, w.qr, w.qraux, w.pvt, work);
-  }
+  if (!p.factor_only && w.residual != p.b) std::copy(p.b, p.b + m, w.residual);
+  factor_scaled(p, w, work);
   return error_state<Math>.type_word[0] <= 3;
 }
 
@@ -232,6 +282,7 @@ template <class Real>
 Real* l_lin_least_squares_gen(long m, long n, Real* a, Real* b, Options& options) {
   LeastSquares<Real> p = {.m = m, .n = n, .a = a, .b = b, .a_col_dim = n, .fac_col_dim = n, .q_col_dim = m};
   if (!parse(p, options) || !acceptable(p)) return nullptr;
+  if (p.residual_out != nullptr) *p.residual_out = nullptr;  // for the ways on which there is none
   Arrays<Real> w;
   if (!(p.solve_only ? solve_with_factor(p, w) : factor_and_solve(p, w))) return nullptr;
   Real* qr = nullptr;

@@ -27,9 +27,7 @@ bool parse(Options& options, DenseOptions<Real>& o) {
 
 template <class Real>
 bool check(long n, const Real* a, const Real* b, const DenseOptions<Real>& o) {
-  if (a == nullptr && !o.solve_only) raise<Math>(5, MATH_UNEXPECTED_NULL_POINTER, {.l = {"a"}});
-  if (b == nullptr && !o.factor_only && !o.inverse_only) raise<Math>(5, MATH_UNEXPECTED_NULL_POINTER, {.l = {"b"}});
-  if (failed<Math>()) return false;
+  if (!check_arguments(a, b, o, !o.solve_only, MATH_UNEXPECTED_NULL_POINTER)) return false;
   long number = 0;
   if (n < 1) {
     raise<Math>(5, MATH_NEGATIVE_ORDER, {.i = {n}});
@@ -123,33 +121,15 @@ Real* l_lin_sol_nonnegdef(long n, Real* a, Real* b, Options& options) {
     kernel::mirror_upper(n, o.inverse, o.inv_col_dim);
   }
   if (!o.solve_only && o.wants_factor()) kernel::mirror_upper(n, factor, o.fac_col_dim);
-  if (o.factor_storage == Storage::library) {
-    clear_unused_columns(n, o.factor, o.fac_col_dim);
-    keep<Math>(*o.factor_out = o.factor);
-  }
-  if (o.inverse_storage == Storage::library) {
-    clear_unused_columns(n, o.inverse, o.inv_col_dim);
-    keep<Math>(*o.inverse_out = o.inverse);
-  }
-  if (o.factor_only || o.inverse_only) return nullptr;
-  if (!o.return_user) keep<Math>(o.x);
-  return o.x;
+  hand_over(n, o);
+  return o.solves() ? o.x : nullptr;
 }
 
 }  // namespace
 
 }  // namespace zent::linalg
 
-#define ZENT_FORM(P, Real)                                                                                              \
-  extern "C" Real* zent_##P##_lin_sol_nonnegdef(long n, Real* a, Real* b, ...) {                                        \
-    ZENT_OPTIONS(options, b, 3);                                                                                        \
-    Real* x = zent::public_call<zent::Math>("zent_" #P "_lin_sol_nonnegdef",                                            \
-                                            [&] { return zent::linalg::l_lin_sol_nonnegdef<Real>(n, a, b, options); }); \
-    ZENT_OPTIONS_END(options);                                                                                          \
-    return x;                                                                                                           \
-  }
-ZENT_FORM(f, float)
-ZENT_FORM(d, double)
-#undef ZENT_FORM
+ZENT_DENSE_FORM(lin_sol_nonnegdef, f, float)
+ZENT_DENSE_FORM(lin_sol_nonnegdef, d, double)
 
 ZENT_NONNEG_ENTRIES(zent::Math, zent)

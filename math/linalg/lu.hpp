@@ -248,8 +248,9 @@ struct Multipliers {
     scaled_all *= scaled;
   }
 
-  // x := M_n-1 P_n-1 ... M_1 P_1 x.
+  // x := M_n-1 P_n-1 ... M_1 P_1 x. Of a row-major factor lu_rows.hpp knows a better way.
   void forward() {
+    static_assert(!row_major);
     for (long from = 0; from < n - 1; from += block) {
       open(from);
       for (long k = first; k < last; ++k) {
@@ -261,12 +262,7 @@ struct Multipliers {
       }
       hold();
       close();
-      const long rows = n - last, width = last - first;
-      if constexpr (row_major) {
-        fast::gemv('T', width, rows, from_real<T>(1), below(), ld, x + first, 1, from_real<T>(1), x + last, 1);
-      } else {
-        fast::gemv('N', rows, width, from_real<T>(1), below(), ld, x + first, 1, from_real<T>(1), x + last, 1);
-      }
+      fast::gemv('N', n - last, last - first, from_real<T>(1), below(), ld, x + first, 1, from_real<T>(1), x + last, 1);
       release();
     }
   }
@@ -366,21 +362,6 @@ RealOf<T> estimate_lu(long n, const T* fac, long ldfac, const long* pvt, RealOf<
   return anorm != 0 ? ynorm / anorm : 0;
 }
 
-// Type 5 errors of the sizes; false then.
-template <class Half>
-bool check_lu_sizes(long n, long lda, long ldfac) {
-  if (n < 1) {
-    raise<Half>(5, MATH_NEGATIVE_ORDER, {.i = {n}});
-  } else if (n > lda) {
-    raise<Half>(5, MATH_LDA_LESS_ORDER, {.i = {n, lda}});
-  } else if (n > ldfac) {
-    raise<Half>(5, MATH_LDFAC_LESS_ORDER, {.i = {n, ldfac}});
-  } else {
-    return true;
-  }
-  return false;
-}
-
 // Factors what fac holds, with the estimate when rcond is not null; wk: n elements of work. The calls below stand in frames of
 // their own, so that a caller can ask for the error of the last one.
 template <class Half, class T>
@@ -404,7 +385,7 @@ template <class Half, class T>
 bool l2trg(long n, const T* a, long lda, T* fac, long ldfac, long* pvt, RealOf<T>* scale) {
   const char* name = frame_name<T>("zent_l2trg", "zent_dl2trg", "l_l2tcg");
   push<Half>(name);
-  bool done = check_lu_sizes<Half>(n, lda, ldfac);
+  bool done = check_factor_sizes<Half>(n, lda, ldfac);
   if (done) {
     copy_columns(n, a, lda, fac, ldfac);
     measure_columns(n, fac, ldfac, scale);
@@ -427,13 +408,24 @@ bool l2crg(long n, const T* a, long lda, T* fac, long ldfac, long* pvt, RealOf<T
   } else if (n > lda) {
     raise<Half>(5, MATH_NEED_NUM_ROWS_LT_LEAD, {.i = {n, lda}});
   }
-  bool done = check_lu_sizes<Half>(n, lda, ldfac);
+  bool done = check_factor_sizes<Half>(n, lda, ldfac);
   if (done) {
     copy_columns(n, a, lda, fac, ldfac);
     done = factor_loaded<Half>(n, fac, ldfac, pvt, rcond, wk);
   }
   pop<Half>(name);
   return done;
+}
+
+// False, with 1004, for an exact zero on the diagonal of U.
+template <class Half, class T>
+bool check_divisors(long n, const T* fac, long ldfac) {
+  for (long k = 0; k < n; ++k) {
+    if (!(fac[k + k * ldfac] == T{})) continue;
+    raise<Half>(4, MATH_SINGULAR_MATRIX);
+    return false;
+  }
+  return true;
 }
 
 // x := solution of A x = b (ipath 1) or A^H x = b (2), with the diagonal tested for exact zeros first.
@@ -444,43 +436,13 @@ bool lfsrg(long n, const T* fac, long ldfac, const long* pvt, const T* b, long i
   if (x != b) std::memmove(x, b, sizeof(T) * n);
   bool done = ipath == 1 || ipath == 2;
   if (!done) raise<Half>(5, MATH_IPATH_RANGE, {.i = {1, 2, ipath}});
-  for (long k = 0; done && k < n; ++k) {
-    done = !(fac[k + k * ldfac] == T{});
-    if (!done) raise<Half>(4, MATH_SINGULAR_MATRIX);
-  }
+  done = done && check_divisors<Half>(n, fac, ldfac);
   if (done && ipath == 1) {
     multipliers<false>(n, fac, ldfac, pvt, x).forward();
     fast::trsv('U', 'N', 'N', n, fac, ldfac, x, 1);
   } else if (done) {
     fast::trsv('U', 'C', 'N', n, fac, ldfac, x, 1);
     multipliers<false>(n, fac, ldfac, pvt, x).backward();
-  }
-  pop<Half>(name);
-  return done;
-}
-
-// The same with the factor row-major, as callers hold it. It is only read.
-template <class Half, class T>
-bool solve_row_major(long n, const T* fac, long ld, const long* pvt, const T* b, bool transposed, T* x) {
-  const char* name = frame_name<T>("zent_lfsrg", "zent_dlfsrg", "l_lfscg");
-  push<Half>(name);
-  if (x != b) std::memmove(x, b, sizeof(T) * n);
-  bool done = true;
-  for (long k = 0; done && k < n; ++k) {
-    done = !(fac[k + k * ld] == T{});
-    if (!done) raise<Half>(4, MATH_SINGULAR_MATRIX);
-  }
-  if (done) {
-    if (!transposed) {
-      multipliers<true>(n, fac, ld, pvt, x).forward();
-      fast::trsv('L', 'T', 'N', n, fac, ld, x, 1);
-    } else {
-      // U^H = conj(L of the other view): conjugate, solve, conjugate back.
-      for (long i = 0; i < n; ++i) x[i] = conj(x[i]);
-      fast::trsv('L', 'N', 'N', n, fac, ld, x, 1);
-      for (long i = 0; i < n; ++i) x[i] = conj(x[i]);
-      multipliers<true>(n, fac, ld, pvt, x).backward();
-    }
   }
   pop<Half>(name);
   return done;

@@ -60,7 +60,8 @@ struct Factoring {
   void start_norms(Real* column_norms) const {
     for (long j = 0; j < n; ++j) {
       column_norms[j] = fast::nrm2(m, column(j), 1);
-      if (is_free(j)) qraux[j] = recorded[j] = column_norms[j];
+      qraux[j] = is_free(j) ? column_norms[j] : 0;  // what is to the right of the last step keeps this
+      recorded[j] = qraux[j];
     }
   }
 
@@ -207,7 +208,7 @@ bool prepare(long m, long n, const Real* a, long lda, bool pivot, long* pvt, Rea
   factoring = {.m = m, .n = n, .qr = qr, .ld = ldqr, .qraux = qraux, .recorded = wk + (n - 1), .pvt = pvt, .row = wk};
   if (pivot) {
     factoring.arrange();
-  } else {
+  } else if (pvt != nullptr) {
     for (long j = 0; j < n; ++j) pvt[j] = j + 1;
   }
   factoring.start_norms(column_norms);

@@ -19,11 +19,11 @@ constexpr Real safe_inverse() {
 }
 
 // A P = Q R with A m by n. With `pivot`, pvt[j] on entry: > 0 initial, < 0 final, 0 free column; without, all columns stay where
-// they are. On return pvt[k] is the 1-based number that the column at position k had. A is copied to qr unless they are the same
-// array with the same leading dimension. qraux, column_norms (norms of the columns of A after the initial and final ones were
-// moved) and pvt have n elements, wk 2n - 1. Errors, type 5: 3089 m or n below 1, 3090 m > lda, 3092 m > ldqr.
-// Method: Businger and Golub (1965), norms downdated as in LINPACK; in panels with a delayed update of the columns to the right
-// (Quintana-Orti, Sun, Bischof 1998), each panel ending where a norm must be computed anew.
+// they are and pvt may be null. On return pvt[k] is the 1-based number that the column at position k had. A is copied to qr
+// unless they are the same array with the same leading dimension. qraux, column_norms (norms of the columns of A after the
+// initial and final ones were moved) and pvt have n elements, wk 2n - 1. Errors, type 5: 3089 m or n below 1, 3090 m > lda, 3092
+// m > ldqr. Method: Businger and Golub (1965), norms downdated as in LINPACK; in panels with a delayed update of the columns to
+// the right (Quintana-Orti, Sun, Bischof 1998), each panel ending where a norm must be computed anew.
 template <class Half, class Real>
 void l2rrr(long m, long n, const Real* a, long lda, bool pivot, long* pvt, Real* qr, long ldqr, Real* qraux, Real* column_norms,
            Real* wk);

@@ -1,4 +1,6 @@
 // Singular value decomposition: options, checks, vectors, rank and generalized inverse.
+#include "math/linalg/svd.hpp"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -145,7 +147,8 @@ struct Workspace {
   bool* turned;
   long u_ld, v_ld;
 
-  bool obtain(long m, long n, bool want_u, bool want_v) {
+  bool obtain(long m, long n, long job) {
+    const bool want_u = job / 10 != 0, want_v = job % 10 != 0;
     a = scratch<Math, T>(area(m, n));
     p = scratch<Math, T>(area(std::min(m, n), n));
     if (a == nullptr || p == nullptr) return false;  // with these the sizes below fit a long
@@ -308,10 +311,10 @@ RealOf<T>* l_lin_svd_gen(long m, long n, const T* a, Options& options) {
   Decomposition<T> p = {
       .m = m, .n = n, .a = a, .a_col_dim = n, .u = {.col_dim = least}, .v = {.col_dim = least}, .inverse = {.col_dim = m}};
   if (!parse(p, options) || !acceptable(p)) return nullptr;
+  const long job = svd_job(p.u.wanted || p.inverse.wanted, p.v.wanted || p.inverse.wanted);
   Workspace<T> w;
   Real* const s = p.s != nullptr ? p.s : result<Math, Real>(least);
-  if (s == nullptr || !p.u.obtain(m, least) || !p.v.obtain(n, least) ||
-      !w.obtain(m, n, p.u.wanted || p.inverse.wanted, p.v.wanted || p.inverse.wanted)) {
+  if (s == nullptr || !p.u.obtain(m, least) || !p.v.obtain(n, least) || !w.obtain(m, n, job)) {
     raise<Math>(5, MATH_OUT_OF_MEMORY_2, {.i = {m, n}, .l = {"nra", "nca"}});
     return nullptr;
   }
@@ -319,6 +322,7 @@ RealOf<T>* l_lin_svd_gen(long m, long n, const T* a, Options& options) {
     raise<Math>(5, MATH_NO_SPACE_FOR_INVERSE, {.i = {n, p.inverse.col_dim}, .l = {"nca", "gen_inva_col_dim"}});
     return nullptr;
   }
+  if (!acceptable_svd<Math>(m, n, m, w.u_ld, w.v_ld, job)) return nullptr;
   turn(n, m, a, p.a_col_dim, w.a, m);
   const int exponent = scale_extremes(m, n, w.a);
   const Real anorm = largest_row_sum(m, n, w.a, w.sums);

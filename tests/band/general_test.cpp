@@ -155,6 +155,62 @@ TEST(BandCondition, IsHighamsEstimateOfTheFifthPass) {
   }
 }
 
+// The unit of the matrix, an exact factor, must not change the estimate, nor may an inverse that decays from the diagonal into
+// the range of underflow, as it does for the larger n.
+TEST(BandCondition, IsTheSameInEveryUnit) {
+  be_quiet();
+  const long k = 2;
+  for (long n : {60, 3000}) {
+    Band<double> m(n, k, k);
+    std::vector<double> b(n, 1.0), x(n);
+    for (long i = 0; i < n; ++i) {
+      m.at(i, i) = 40;
+      for (long j = i + 1; j <= std::min(n - 1, i + k); ++j) m.at(j, i) = m.at(i, j);
+    }
+    for (int definite = 0; definite < 2; ++definite) {
+      double expected = 0;
+      for (int power : {0, -900, 1000}) {
+        std::vector<double> a(m.a);
+        for (double& element : a) element = std::ldexp(element, power);
+        double cond = 0;
+        double* const result =
+            definite != 0
+                ? zent_d_lin_sol_posdef_band(n, a.data(), k, b.data(), ZENT_RETURN_USER, x.data(), ZENT_CONDITION, &cond, 0)
+                : zent_d_lin_sol_gen_band(n, a.data(), k, k, b.data(), ZENT_RETURN_USER, x.data(), ZENT_CONDITION, &cond, 0);
+        EXPECT_EQ(result, x.data());
+        EXPECT_EQ(zent_error_code(), 0);
+        EXPECT_GT(cond, 1);  // the diagonal outweighs the rest of its column by 36 at least: the inverse's norm is below 1 / 36
+        EXPECT_LT(cond, 44.0 / 36);
+        if (power == 0) expected = cond;
+        EXPECT_TRUE(cond == expected || n > 100) << power;
+      }
+    }
+  }
+}
+
+// In single precision such an inverse leaves the range at modest orders and norms, and with it the signs on which the estimate
+// depends.
+TEST(BandCondition, IsTheSameInEveryUnitInSinglePrecision) {
+  be_quiet();
+  engine.seed(8);
+  const long n = 80;
+  std::vector<float> b(n, 1.0F), x(n);
+  for (int matrix = 0; matrix < 40; ++matrix) {
+    Band<float> m(n, 1, 1);
+    for (long i = 0; i < n; ++i) m.at(i, i) += 4;
+    float expected = 0;
+    for (int power : {0, 30, 60}) {
+      std::vector<float> a(m.a);
+      for (float& element : a) element = std::ldexp(element, power);
+      float cond = 0;
+      ASSERT_NE(zent_f_lin_sol_gen_band(n, a.data(), 1L, 1L, b.data(), ZENT_RETURN_USER, x.data(), ZENT_CONDITION, &cond, 0),
+                nullptr);
+      if (power == 0) expected = cond;
+      EXPECT_EQ(cond, expected) << matrix << " " << power;
+    }
+  }
+}
+
 // With one lower and no upper codiagonal the limits miss the diagonal of column 0 and read the corner of the last one.
 TEST(BandCondition, CornersCountInTheNorm) {
   be_quiet();

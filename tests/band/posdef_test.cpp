@@ -67,7 +67,7 @@ TYPED_TEST(PosdefBand, SolvesToRoundingInEveryShape) {
     ASSERT_EQ(Form<T>::posdef(n, nullptr, k, again.data(), ZENT_SOLVE_ONLY, ZENT_FACTOR_USER, factor.data(), ZENT_RETURN_USER,
                               again.data(), 0),
               again.data());
-    EXPECT_TRUE(same(again, x));
+    EXPECT_LT(backward_error(m, b, again.data(), false), 4.0 * k + 10) << "factor only, then solve only: " << n << " " << k;
     EXPECT_TRUE(same(factor_kept, factor.data()));
     // In place.
     ASSERT_EQ(Form<T>::posdef(n, a.data(), k, b.data(), ZENT_FACTOR_USER, a.data(), ZENT_RETURN_USER, again.data(), 0),
