@@ -65,11 +65,11 @@ class UserCall {
     return *this;
   }
 
-  // Calls a function and takes its result as a scalar.
+  // Calls a function and takes its result as a scalar; `none` where there is none, from a host that returns.
   template <class Real>
-  Real result() {
+  Real result(double none = 0) {
     ORV_VARIABLE* const value = call(1);
-    const double number = value != nullptr ? ORV_DoubleScalar(value) : 0;
+    const double number = value != nullptr ? ORV_DoubleScalar(value) : none;
     if (value != nullptr && (value->flags & ORV_V_TEMP)) ORV_Deltmp(value);
     release_arguments();
     return static_cast<Real>(number);
@@ -123,7 +123,14 @@ class UserCall {
     record.argc = count_;
     record.ident = routine_;
     record.argv = argument_;
+    // Where the routine returns, what failed inside it the script has caught, or the host would have abandoned the library call:
+    // nothing that climbed into the frame of that call counts.
+    zent_frame_state math, stat;
+    zent_frame_mark(&math);
+    zents_frame_mark(&stat);
     ORV_InterpCallFromSysproc(&record);
+    zent_frame_release(&math);
+    zents_frame_release(&stat);
     return record.result;
   }
 

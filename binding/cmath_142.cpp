@@ -44,16 +44,16 @@ static_assert(sizeof positions / sizeof positions[0] == position_count);
 ORV_IDENT s_idUserRoutine, s_idUserRoutine_2;
 
 double d_fmin_fcn(double x) {
-  return call_scalar<double>(s_idUserRoutine, x);
+  return call_scalar_or_none<double>(s_idUserRoutine, x);
 }
 float f_fmin_fcn(float x) {
-  return call_scalar<float>(s_idUserRoutine, x);
+  return call_scalar_or_none<float>(s_idUserRoutine, x);
 }
 double d_fmin_grad(double x) {
-  return call_scalar<double>(s_idUserRoutine_2, x);
+  return call_scalar_or_none<double>(s_idUserRoutine_2, x);
 }
 float f_fmin_grad(float x) {
-  return call_scalar<float>(s_idUserRoutine_2, x);
+  return call_scalar_or_none<float>(s_idUserRoutine_2, x);
 }
 
 template <class Real>
@@ -108,17 +108,10 @@ void call(const Arguments& a) {
   if (with_slope) words.add(C::grad);
   options_of(a, words, &value, &slope);
   const Slot outer = occupy(s_idUserRoutine, a, function), outer_2 = occupy(s_idUserRoutine_2, a, derivative);
-  const auto put_back = [&] {
-    outer.put_back();
-    outer_2.put_back();
-  };
-  const bool done = guarded(
-      [&] { x = words.call<Real>(with_slope ? C::of_slopes() : C::of_values(), *a.array<Real>(lower), *a.array<Real>(upper)); },
-      put_back);
+  const bool done = run_with(a, outer, outer_2, [&] {
+    x = words.call<Real>(with_slope ? C::of_slopes() : C::of_values(), *a.array<Real>(lower), *a.array<Real>(upper));
+  });
   if (!done) return;
-  put_back();
-  long code;
-  if (cmast_opi_clear_errors(1, &code, a.status, 1) != 0) return;
   const int type = a.real_type();
   if (a.count_given > fvalue) a.store(fvalue, type, value);
   if (a.count_given > gvalue && with_slope) a.store(gvalue, type, slope);

@@ -31,17 +31,17 @@ constexpr Position positions[] = {
     status_position,
     {"F", Kind::required, Type::text, "name of the function: a number from N numbers"},
     {"N", Kind::required, Type::integer, "count of variables"},
-    {"XGUESS", Kind::optional, Type::real, "start, N; default 0", ZENT_XGUESS, Pass::address},
+    guess_position,
     {"GRAD", Kind::optional, Type::text, "name of its gradient; default differences"},
-    {"XSCALE", Kind::optional, Type::real, "N inverse sizes of the variables; default 1", ZENT_XSCALE, Pass::address},
+    xscale_position,
     {"FSCALE", Kind::optional, Type::real, "size of the function; default 1", ZENT_FSCALE_ADR, Pass::address},
-    {"GRAD_TOL", Kind::optional, Type::real, "tolerance of the scaled gradient", ZENT_GRAD_TOL_ADR, Pass::address},
-    {"STEP_TOL", Kind::optional, Type::real, "tolerance of the scaled step", ZENT_STEP_TOL_ADR, Pass::address},
+    grad_tol_position,
+    step_tol_position,
     {"REL_FCN_TOL", Kind::optional, Type::real, "tolerance of the change of the function", ZENT_REL_FCN_TOL_ADR, Pass::address},
-    {"MAX_STEP", Kind::optional, Type::real, "longest scaled step", ZENT_MAX_STEP_ADR, Pass::address},
+    max_step_position,
     {"GOOD_DIGIT", Kind::optional, Type::integer, "good digits of the function", ZENT_GOOD_DIGIT, Pass::value},
-    {"MAX_ITN", Kind::optional, Type::integer, "limit of iterations; default 100", ZENT_MAX_ITN, Pass::value},
-    {"MAX_FCN", Kind::optional, Type::integer, "limit of function values; default 400", ZENT_MAX_FUNCTION_CALLS, Pass::value},
+    max_itn_position,
+    max_fcn_position,
     {"MAX_GRAD", Kind::optional, Type::integer, "limit of gradients; default 400", ZENT_MAX_GRAD, Pass::value},
     {"INIT_HESSIAN", Kind::optional, Type::integer, "0 identity, 1 scaled by the function", ZENT_INIT_HESSIAN, Pass::value},
     {"FVALUE", Kind::output, Type::real, "receives the function value"},
@@ -55,7 +55,7 @@ template <class Real>
 Real fminv_fcn(long n, Real* x) {
   UserCall<1> call(s_idUserRoutine);
   call.vector(n, x);
-  return call.result<Real>();
+  return call.result<Real>(Machine<double>::not_a_number);
 }
 template <class Real>
 void fminv_grad(long n, Real* x, Real* g) {
@@ -71,14 +71,8 @@ void call(const Arguments& a, void* library) {
   if (a.present[gradient]) words.option(ZENT_GRAD).add(fminv_grad<Real>);
   words.option(ZENT_FVALUE, static_cast<const void*>(&value)).option(ZENT_RETURN_USER, a.data[solution]).end();
   const Slot outer = occupy(s_idUserRoutine, a, function), outer_2 = occupy(s_idUserRoutine_2, a, gradient);
-  const auto put_back = [&] {
-    outer.put_back();
-    outer_2.put_back();
-  };
-  if (!guarded([&] { words.call<void*>(library); }, put_back)) return;
-  put_back();
-  long code;
-  if (cmast_opi_clear_errors(1, &code, a.status, 1) == 0 && a.count_given > fvalue) a.store(fvalue, a.real_type(), value);
+  const bool done = run_with(a, outer, outer_2, [&] { words.call<void*>(library); });
+  if (done && a.count_given > fvalue) a.store(fvalue, a.real_type(), value);
 }
 
 }  // namespace

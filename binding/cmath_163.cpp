@@ -41,20 +41,20 @@ constexpr Position positions[] = {
     {"F", Kind::required, Type::text, "name of the function: M residuals from N numbers"},
     {"M", Kind::required, Type::integer, "count of residuals"},
     {"N", Kind::required, Type::integer, "count of variables"},
-    {"XGUESS", Kind::optional, Type::real, "start, N; default 0", ZENT_XGUESS, Pass::address},
+    guess_position,
     {"JACOBIAN", Kind::optional, Type::text, "name of a function with M by N derivatives; default differences"},
-    {"XSCALE", Kind::optional, Type::real, "N inverse sizes of the variables; default 1", ZENT_XSCALE, Pass::address},
+    xscale_position,
     {"FSCALE", Kind::optional, Type::real, "size of the sum of squares; default 1", ZENT_FSCALE_ADR, Pass::address},
-    {"GRAD_TOL", Kind::optional, Type::real, "tolerance of the scaled gradient", ZENT_GRAD_TOL_ADR, Pass::address},
-    {"STEP_TOL", Kind::optional, Type::real, "tolerance of the scaled step", ZENT_STEP_TOL_ADR, Pass::address},
+    grad_tol_position,
+    step_tol_position,
     {"REL_FCN_TOL", Kind::optional, Type::real, "tolerance of the change of the sum", ZENT_REL_FCN_TOL_ADR, Pass::address},
     {"ABS_FCN_TOL", Kind::optional, Type::real, "tolerance of half the sum", ZENT_ABS_FCN_TOL_ADR, Pass::address},
-    {"MAX_STEP", Kind::optional, Type::real, "longest scaled step", ZENT_MAX_STEP_ADR, Pass::address},
+    max_step_position,
     {"TRUST_REGION", Kind::optional, Type::real, "first radius", ZENT_TRUST_REGION_ADR, Pass::address},
     {"TOLERANCE", Kind::optional, Type::real, "for the rank", ZENT_TOLERANCE_ADR, Pass::address},
     {"GOOD_DIGIT", Kind::optional, Type::integer, "good digits of the residuals", ZENT_GOOD_DIGIT, Pass::value},
-    {"MAX_ITN", Kind::optional, Type::integer, "limit of iterations; default 100", ZENT_MAX_ITN, Pass::value},
-    {"MAX_FCN", Kind::optional, Type::integer, "limit of function values; default 400", ZENT_MAX_FUNCTION_CALLS, Pass::value},
+    max_itn_position,
+    max_fcn_position,
     {"MAX_JACOBIAN", Kind::optional, Type::integer, "limit of Jacobians; default 400", ZENT_MAX_JACOBIAN, Pass::value},
     {"INTERN_SCALE", Kind::optional, Type::any, "scales come from the Jacobian", ZENT_INTERN_SCALE, Pass::flag},
     {"BOUNDS", Kind::optional, Type::real, "2 by N: lower bounds, upper bounds; not available yet"},
@@ -88,14 +88,8 @@ void call(const Arguments& a, void* library) {
   if (a.present[jacobian]) words.option(ZENT_JACOBIAN).add(nlinlsq_jacobian<Real>);
   words.option(ZENT_JACOBIAN_RANK, static_cast<const void*>(&rank_found)).option(ZENT_RETURN_USER, a.data[solution]).end();
   const Slot outer = occupy(s_idUserRoutine, a, function), outer_2 = occupy(s_idUserRoutine_2, a, jacobian);
-  const auto put_back = [&] {
-    outer.put_back();
-    outer_2.put_back();
-  };
-  if (!guarded([&] { words.call<void*>(library); }, put_back)) return;
-  put_back();
-  long code;
-  if (cmast_opi_clear_errors(1, &code, a.status, 1) == 0 && a.count_given > rank) a.store(rank, ORV_TYP_INT64, rank_found);
+  const bool done = run_with(a, outer, outer_2, [&] { words.call<void*>(library); });
+  if (done && a.count_given > rank) a.store(rank, ORV_TYP_INT64, rank_found);
 }
 
 bool acceptable(const Arguments& a) {

@@ -28,10 +28,10 @@ static_assert(sizeof positions / sizeof positions[0] == position_count);
 ORV_IDENT s_idUserRoutine;
 
 double d_zerofcn_fcn(double x) {
-  return call_scalar<double>(s_idUserRoutine, x);
+  return call_scalar_or_none<double>(s_idUserRoutine, x);
 }
 float f_zerofcn_fcn(float x) {
-  return call_scalar<float>(s_idUserRoutine, x);
+  return call_scalar_or_none<float>(s_idUserRoutine, x);
 }
 
 // The library trusts the sizes that it is told. A count below 1 is for the library to refuse.
@@ -68,13 +68,8 @@ long mathstat_196(int argc, ORV_VARIABLE** argv, char*) {
   words.end();
   void* const function =
       arguments.is_double() ? reinterpret_cast<void*>(zent_d_zeros_fcn) : reinterpret_cast<void*>(zent_f_zeros_fcn);
-  // The user's function may come back here with another one: the identifier of the call further out is put back behind it.
-  const ORV_IDENT outer = s_idUserRoutine;
-  s_idUserRoutine = user_routine(argv[fcn]);
-  if (!guarded([&] { words.call<void*>(function); }, [&] { s_idUserRoutine = outer; })) return 0;
-  s_idUserRoutine = outer;
-  long code;
-  cmast_opi_clear_errors(1, &code, arguments.status, 1);
+  const Slot outer = occupy(s_idUserRoutine, arguments, fcn);
+  run_with(arguments, outer, outer, [&] { words.call<void*>(function); });
   return 0;
 }
 

@@ -25,16 +25,16 @@ static_assert(sizeof positions / sizeof positions[0] == position_count);
 ORV_IDENT s_idUserRoutine, s_idUserRoutine_2;
 
 void d_zerosys_fcn(long n, double* x, double* f) {
-  call_vector(s_idUserRoutine, n, x, n, f);
+  call_vector_or_none(s_idUserRoutine, n, x, n, f);
 }
 void f_zerosys_fcn(long n, float* x, float* f) {
-  call_vector(s_idUserRoutine, n, x, n, f);
+  call_vector_or_none(s_idUserRoutine, n, x, n, f);
 }
 void d_zerosys_jac(long n, double* x, double* fjac) {
-  call_vector(s_idUserRoutine_2, n, x, n * n, fjac);
+  call_vector_or_none(s_idUserRoutine_2, n, x, n * n, fjac);
 }
 void f_zerosys_jac(long n, float* x, float* fjac) {
-  call_vector(s_idUserRoutine_2, n, x, n * n, fjac);
+  call_vector_or_none(s_idUserRoutine_2, n, x, n * n, fjac);
 }
 
 // The library trusts the sizes that it is told. A count below 1 is for the library to refuse.
@@ -84,18 +84,8 @@ long mathstat_198(int argc, ORV_VARIABLE** argv, char*) {
   const Words words = words_of(arguments);
   void* const function =
       arguments.is_double() ? reinterpret_cast<void*>(zent_d_zeros_sys_eqn) : reinterpret_cast<void*>(zent_f_zeros_sys_eqn);
-  // The user's function may come back here with others: the identifiers of the call further out are put back behind it.
-  const ORV_IDENT outer = s_idUserRoutine, outer_2 = s_idUserRoutine_2;
-  const auto put_back = [&] {
-    s_idUserRoutine = outer;
-    s_idUserRoutine_2 = outer_2;
-  };
-  s_idUserRoutine = user_routine(argv[fcn]);
-  if (arguments.present[jacobian]) s_idUserRoutine_2 = user_routine(argv[jacobian]);
-  if (!guarded([&] { words.call<void*>(function); }, put_back)) return 0;
-  put_back();
-  long code;
-  cmast_opi_clear_errors(1, &code, arguments.status, 1);
+  const Slot outer = occupy(s_idUserRoutine, arguments, fcn), outer_2 = occupy(s_idUserRoutine_2, arguments, jacobian);
+  run_with(arguments, outer, outer_2, [&] { words.call<void*>(function); });
   return 0;
 }
 

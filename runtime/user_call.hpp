@@ -32,16 +32,41 @@ inline void leave_user(Frame* own) {
   user_frame<Half>(false);
 }
 
+// Type 6, a repaired argument, in the own frame would hide the fatal errors that climb later: they stand lower. While a function
+// of the user runs it is set aside, and put back where nothing worse has come. The number, 0 for none.
+template <class Half>
+inline long set_repair_aside() {
+  ErrorState& state = error_state<Half>;
+  if (state.top->type != 6) [[likely]]
+    return 0;
+  const long number = state.top->number;
+  state.top->type = 0;
+  state.top->number = state.type_word[0] = state.number_word[0] = 0;
+  return number;
+}
+template <class Half>
+inline void put_repair_back(long number) {
+  ErrorState& state = error_state<Half>;
+  if (number == 0 || state.top->type > 3) [[likely]]
+    return;
+  state.top->type = 6;
+  state.type_word[0] = 6;
+  state.top->number = state.number_word[0] = number;
+}
+
 // Both around one call.
 template <class Half, class Call>
 inline auto user_call(const Call& call) {
+  const long repair = set_repair_aside<Half>();
   Frame* const own = enter_user<Half>();
   if constexpr (std::is_void_v<decltype(call())>) {
     call();
     leave_user<Half>(own);
+    put_repair_back<Half>(repair);
   } else {
     const auto value = call();
     leave_user<Half>(own);
+    put_repair_back<Half>(repair);
     return value;
   }
 }

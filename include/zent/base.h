@@ -30,6 +30,12 @@ typedef struct {
   void *scratch;   /* newest work memory of the calls in progress */
 } zent_trap_state;
 
+/* The frame of a library call as it stands before a routine of the host that the call makes. */
+typedef struct {
+  void *frame;
+  long type, number, user;
+} zent_frame_state;
+
 /* Machine constants 1 to 8 of both precisions; see f_machine and d_machine. */
 typedef struct {
   float single[8];

@@ -183,6 +183,25 @@ TEST_F(Returning, WrongResultsOfUserRoutines) {
   EXPECT_EQ(stand_in::last, "undefined");
 }
 
+// A function without values has neither a zero nor a minimum.
+TEST_F(Returning, SearchesFindNothingWhereTheUserRoutineFails) {
+  stand_in::user = [](ORV_CALLREC*) { return nullptr; };
+  long evaluations = 0;
+  double at[2] = {7, 7};
+  stand_in::Array info{1, &evaluations}, result{2, at};
+  std::vector<ORV_VARIABLE> zero(12);
+  zero[0] = integer(5), zero[1] = integer(9), zero[2] = text("F"), zero[8] = stand_in::array(ORV_TYP_INT64, info);
+  zero[11] = stand_in::array(ORV_TYP_DOUBLE, result);
+  EXPECT_EQ(call(196, zero), 0);
+  EXPECT_EQ(evaluations, 101);
+  std::vector<ORV_VARIABLE> least(19);
+  least[0] = integer(5), least[1] = integer(9), least[2] = text("F"), least[3] = integer(2);
+  at[0] = at[1] = 7;
+  least[18] = stand_in::array(ORV_TYP_DOUBLE, result);
+  EXPECT_EQ(call(143, least), 0);
+  EXPECT_EQ(at[0], 7);
+}
+
 TEST_F(Returning, AHostErrorWithNowhereToGoEndsInTheWrapper) {
   cmast_init("OUTER");
   bool cleaned = false;
