@@ -11,8 +11,10 @@ inline constexpr Position type_position = {"PRECISION", Kind::required, Type::pr
 // rows * n, or 0 where the library refuses the sizes before it looks at an array.
 inline long band_area(long n, long lower, long upper, long further_rows = 0) {
   if (n < 1 || lower < 0 || lower >= n || upper < 0 || upper >= n) return 0;
-  long elements = 0;
-  return __builtin_mul_overflow(lower + upper + 1 + further_rows, n, &elements) ? 0x7fffffffffffffff : elements;
+  long rows = 0, elements = 0;
+  const bool too_many = __builtin_add_overflow(lower + 1, upper, &rows) || __builtin_add_overflow(rows, further_rows, &rows) ||
+                        __builtin_mul_overflow(rows, n, &elements);
+  return too_many ? 0x7fffffffffffffff : elements;
 }
 
 // Options carry 32-bit integers: a greater one must not come out as another number.
@@ -40,14 +42,6 @@ inline bool is_coordinate(const Arguments& arguments, int k) {
                 arguments.routine->label, arguments.routine->positions[k].name);
   return refuse(text);
 }
-
-#define ZENT_BAND_FORMS(name)                                                                                                 \
-  {                                                                                                                           \
-    {                                                                                                                         \
-      reinterpret_cast<void*>(zent_f_##name), reinterpret_cast<void*>(zent_d_##name), reinterpret_cast<void*>(zent_c_##name), \
-          reinterpret_cast<void*>(zent_z_##name)                                                                              \
-    }                                                                                                                         \
-  }
 
 // Calls a norm of the right precision, clears the error state of that half and stores the norm.
 template <class Single, class Double>

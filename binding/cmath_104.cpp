@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "binding/routines.hpp"
-#include "runtime/machine.hpp"
+#include "math/functions/bessel_arrays.hpp"
 #include "zent.h"
 
 namespace zent::binding {
@@ -63,17 +63,11 @@ bool valid(const Arguments& a, const char* routine, bool is_double) {
   return true;
 }
 
-// One call for each element, so the error of the last is the one that is thrown. Rows that a failing call leaves alone hold
-// not-a-numbers.
+// One call for each element, so the error of the last is the one that is thrown.
 template <class Real, class Record>
 void run(Record* (*function)(const Real*, const Record*, long, ...), const Arguments& a) {
-  const long n = a.integer(n_orders), count = a.integer(n_elements);
-  const auto* z = a.array<const Record>(argument);
-  auto* out = a.array<Record>(result);
-  for (long k = 0; k < count; ++k) {
-    for (long j = 0; j < n; ++j) out[k * n + j] = {Machine<Real>::not_a_number, Machine<Real>::not_a_number};
-    function(a.array<const Real>(order), z + k, n, ZENT_RETURN_USER, n > 0 ? out + k * n : out, 0);
-  }
+  functions::apply(function, *a.array<const Real>(order), a.array<const Record>(argument), a.integer(n_elements),
+                   a.integer(n_orders), a.array<Record>(result));
 }
 
 }  // namespace

@@ -41,7 +41,11 @@ bool refuse_135(const char* name, const char* why) {
   return refuse(text);
 }
 
-// Flags come in any number type that holds 0 exactly; 32 bits decide for integers.
+// Flags come in any real number type; 32 bits decide for integers.
+bool flag_is_number(const Arguments& a) {
+  const int type = a.variable[flag]->type;
+  return type == ORV_TYP_BYTE || type == ORV_TYP_FLOAT || type == ORV_TYP_DOUBLE || type == ORV_TYP_INT64;
+}
 bool flag_is_set(const Arguments& a) {
   switch (a.variable[flag]->type) {
     case ORV_TYP_BYTE:
@@ -92,7 +96,7 @@ long mathstat_135(int argc, ORV_VARIABLE** argv, char*) {
   if (row != nullptr) routine.label = row->label;
   Arguments a;
   if (!read_arguments(routine, argc, argv, a)) return 0;
-  if (a.variable[flag]->type == ORV_TYP_STRING) {
+  if (!flag_is_number(a)) {
     refuse_135(row->label, "argument FLAG must be a number");
     return 0;
   }

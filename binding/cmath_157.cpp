@@ -5,7 +5,7 @@ namespace zent::binding {
 
 namespace {
 
-enum { selector = 2, order, matrix, pivots, factor, condition, transpose, inverse, tolerance, position_count };
+enum { pivots = DenseCall::matrix + 1, factor, condition, transpose, inverse, tolerance, position_count };
 
 constexpr Position positions[] = {
     {"PRECISION", Kind::required, Type::precision, "type code of the elements: 4, 5, 6 or 9; CHNNDFAC 4 or 5"},
@@ -15,7 +15,7 @@ constexpr Position positions[] = {
     {"A", Kind::required, Type::field, "N by N"},
     {"PIVOTS", Kind::optional, Type::integer, "LUFAC: receives N pivots"},
     {"FACTOR", Kind::required, Type::field, "receives the factor, N by N"},
-    {"CONDITION", Kind::optional, Type::any, "receives the condition number, a real", ZENT_CONDITION, Pass::address},
+    condition_position,
     {"TRANSPOSE", Kind::optional, Type::any, "LUFAC: present for the transpose", ZENT_TRANSPOSE, Pass::flag},
     {"INVERSE", Kind::optional, Type::field, "receives the inverse, N by N", ZENT_INVERSE_USER, Pass::address},
     {"TOLERANCE", Kind::optional, Type::any, "CHNNDFAC: tolerance, a real", ZENT_TOLERANCE_ADR, Pass::address},
@@ -29,34 +29,24 @@ constexpr const char* labels[] = {"LUFAC", "CHFAC", "CHNNDFAC"};
 const Routine routine_157 = {157, "LUFAC, CHFAC, CHNNDFAC", true, position_count, positions};
 
 long mathstat_157(int argc, ORV_VARIABLE** argv, char*) {
-  const long kind = dense_selector(argc, argv, selector);
-  Routine routine = routine_157;
-  if (kind >= 0) routine.label = labels[kind];
-  const long failed = cmast_init(routine.label);
-  if (failed != 0) return failed;
-  Arguments arguments;
-  if (!read_arguments(routine, argc, argv, arguments)) return 0;
-  void* const function = kind < 0 ? nullptr : dense_forms[kind].at(arguments.precision);
-  if (function == nullptr) return 0;
-  const long n = arguments.integer(order), elements = dense_area(n);
-  if (kind == 0 && !arguments.present[pivots]) {
+  DenseCall call;
+  const long failed = call.open(routine_157, labels, argc, argv);
+  if (failed != 0 || call.function == nullptr) return failed;
+  const Arguments& arguments = call.arguments;
+  const long n = call.n();
+  if (call.kind == 0 && !arguments.present[pivots]) {
     refuse("LUFAC: argument PIVOTS must be an array of N integers");
     return 0;
   }
-  if (!holds(arguments, matrix, elements) || !holds(arguments, pivots, n) || !holds(arguments, factor, elements) ||
-      !holds(arguments, inverse, elements) || !is_real(arguments, condition) || !is_real(arguments, tolerance)) {
+  if (!holds_square(arguments, call.matrix, n) || !holds(arguments, pivots, n) || !holds_square(arguments, factor, n) ||
+      !call.options_fit(condition, transpose, inverse, tolerance)) {
     return 0;
   }
   Words words;
-  words.add(n).add(arguments.data[matrix]).add(0L).option(ZENT_FACTOR_ONLY).option(ZENT_FACTOR_USER);
-  if (kind == 0) words.add(arguments.data[pivots]);
-  words.add(arguments.data[factor]);
+  words.add(n).add(arguments.data[call.matrix]).add(0L).option(ZENT_FACTOR_ONLY);
+  call.add_factor(words, pivots, factor);
   arguments.add_options(words);
-  words.end();
-  words.call<void*>(function);
-  long code;
-  cmast_opi_clear_errors(1, &code, arguments.status, 1);
-  return 0;
+  return finish(arguments, words, call.function);
 }
 
 }  // namespace zent::binding

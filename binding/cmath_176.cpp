@@ -1,5 +1,4 @@
 // QRFAC: the QR factorization of a matrix with column pivoting.
-#include <algorithm>
 #include <cmath>
 
 #include "binding/least_squares_positions.hpp"
@@ -40,15 +39,12 @@ long mathstat_176(int argc, ORV_VARIABLE** argv, char*) {
       !holds(a, orthogonal, m, m)) {
     return 0;
   }
-  const double twice = std::sqrt(Machine<double>::epsilon);
-  const float single = std::sqrt(Machine<float>::epsilon);
-  const void* tol = a.data[tolerance];
-  if (tol == nullptr) tol = a.is_double() ? static_cast<const void*>(&twice) : &single;
+  const DefaultTolerance standard = {std::sqrt(Machine<double>::epsilon), std::sqrt(Machine<float>::epsilon)};
   long kbasis = 0;
   Words words;
   words.add(m).add(n).add(a.data[matrix]).add(0L);
   words.option(ZENT_FACTOR_ONLY).option(ZENT_FACTOR_USER, a.data[qraux], a.data[factor]);
-  words.option(ZENT_BASIS_ADR, tol, static_cast<const void*>(&kbasis));
+  words.option(ZENT_BASIS_ADR, standard.address(a, tolerance), static_cast<const void*>(&kbasis));
   if (a.present[pivots]) words.option(ZENT_PIVOT, a.data[pivots]);
   if (a.present[orthogonal]) words.option(ZENT_Q_USER, a.data[orthogonal]);
   words.end();

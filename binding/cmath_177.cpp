@@ -1,5 +1,4 @@
 // QRSOL: least squares solution of a linear system, from the matrix or from a factor of it.
-#include <algorithm>
 #include <cmath>
 
 #include "binding/least_squares_positions.hpp"
@@ -48,15 +47,12 @@ long mathstat_177(int argc, ORV_VARIABLE** argv, char*) {
       !holds(a, factor, m, n) || !holds(a, pivots, n) || !holds(a, residual, m)) {
     return 0;
   }
-  const double twice = std::sqrt(Machine<double>::epsilon);
-  const float single = std::sqrt(Machine<float>::epsilon);
-  const void* tol = a.data[tolerance];
-  if (tol == nullptr) tol = a.is_double() ? static_cast<const void*>(&twice) : &single;
+  const DefaultTolerance standard = {std::sqrt(Machine<double>::epsilon), std::sqrt(Machine<float>::epsilon)};
   long kbasis = factored ? a.integer(basis) : 0;
   Words words;
-  words.add(m).add(n).add(a.present[matrix] ? a.data[matrix] : nullptr).add(a.data[right_side]);
+  words.add(m).add(n).add(a.data[matrix]).add(a.data[right_side]);
   words.option(ZENT_RETURN_USER, a.data[solution]);
-  words.option(ZENT_BASIS_ADR, tol, static_cast<const void*>(&kbasis));
+  words.option(ZENT_BASIS_ADR, standard.address(a, tolerance), static_cast<const void*>(&kbasis));
   if (factored) words.option(ZENT_SOLVE_ONLY).option(ZENT_FACTOR_USER, a.data[qraux], a.data[factor]);
   if (a.present[pivots]) words.option(ZENT_PIVOT, a.data[pivots]);
   if (a.present[residual]) words.option(ZENT_RESIDUAL_USER, a.data[residual]);

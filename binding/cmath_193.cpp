@@ -1,7 +1,7 @@
 // SVDCOMP: the singular value decomposition.
 #include <algorithm>
 
-#include "binding/least_squares_positions.hpp"
+#include "binding/dense_positions.hpp"
 #include "runtime/machine.hpp"
 
 namespace zent::binding {
@@ -25,51 +25,28 @@ constexpr Position positions[] = {
 };
 static_assert(sizeof positions / sizeof positions[0] == position_count);
 
-void* form(int precision) {
-  switch (precision) {
-    case ORV_TYP_FLOAT:
-      return reinterpret_cast<void*>(zent_f_lin_svd_gen);
-    case ORV_TYP_DOUBLE:
-      return reinterpret_cast<void*>(zent_d_lin_svd_gen);
-    case ORV_TYP_COMPLEX:
-      return reinterpret_cast<void*>(zent_c_lin_svd_gen);
-    case ORV_TYP_DCOMPLEX:
-      return reinterpret_cast<void*>(zent_z_lin_svd_gen);
-    default:
-      return nullptr;
-  }
-}
+const DenseForms forms = ZENT_DENSE_FORMS(lin_svd_gen);
 
 }  // namespace
 
 const Routine routine_193 = {193, "SVDCOMP", true, position_count, positions};
 
 long mathstat_193(int argc, ORV_VARIABLE** argv, char*) {
-  const long failed = cmast_init("SVDCOMP");
-  if (failed != 0) return failed;
   Arguments a;
-  if (!read_arguments(routine_193, argc, argv, a)) return 0;
-  void* const function = form(a.precision);
-  if (function == nullptr) return 0;
-  const bool is_twice = a.precision == ORV_TYP_DOUBLE || a.precision == ORV_TYP_DCOMPLEX;
-  const int real = is_twice ? ORV_TYP_DOUBLE : ORV_TYP_FLOAT;
-  if (a.variable[values]->type != real || (a.present[tolerance] && a.variable[tolerance]->type != real)) {
-    refuse("SVDCOMP: arguments S and TOLERANCE must be real, in the precision of the computation");
-    return 0;
-  }
+  void* function;
+  const long failed = open_call(routine_193, forms, argc, argv, a, function);
+  if (failed != 0 || function == nullptr) return failed;
+  if (!is_real(a, values) || !is_real(a, tolerance)) return 0;
   const long m = a.integer(n_rows), n = a.integer(n_columns), least = std::min(m, n);
   if (!holds(a, matrix, m, n) || !holds(a, values, least) || !holds(a, left, m, least) || !holds(a, right, n, least) ||
       !holds(a, inverse, n, m)) {
     return 0;
   }
-  const double twice = 100 * Machine<double>::epsilon;
-  const float single = 100 * Machine<float>::epsilon;
-  const void* tol = a.data[tolerance];
-  if (tol == nullptr) tol = is_twice ? static_cast<const void*>(&twice) : &single;
+  const DefaultTolerance standard = {100 * Machine<double>::epsilon, 100 * Machine<float>::epsilon};
   long found = 0;
   Words words;
   words.add(m).add(n).add(a.data[matrix]).option(ZENT_RETURN_USER, a.data[values]);
-  words.option(ZENT_RANK_ADR, tol, static_cast<const void*>(&found));
+  words.option(ZENT_RANK_ADR, standard.address(a, tolerance), static_cast<const void*>(&found));
   a.add_options(words);
   words.end();
   words.call<void*>(function);

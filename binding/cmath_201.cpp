@@ -16,25 +16,23 @@ constexpr Position positions[] = {
     {"NUCA", Kind::required, Type::integer, "upper codiagonals"},
     {"PIVOTS", Kind::required, Type::integer, "receives N pivots"},
     {"FACTOR", Kind::required, Type::field, "receives the factor, (2 NLCA + NUCA + 1) N elements"},
-    {"CONDITION", Kind::optional, Type::any, "receives the condition number, a real", ZENT_CONDITION, Pass::address},
+    condition_position,
     {"BLOCK", Kind::optional, Type::integer, "columns factored together, 1 to 32; default: the bandwidth decides",
      ZENT_BLOCKING_FACTOR, Pass::value},
 };
 static_assert(sizeof positions / sizeof positions[0] == position_count);
 
-const DenseForms forms = ZENT_BAND_FORMS(lin_sol_gen_band);
+const DenseForms forms = ZENT_DENSE_FORMS(lin_sol_gen_band);
 
 }  // namespace
 
 const Routine routine_201 = {201, "SP_BDFAC", true, position_count, positions};
 
 long mathstat_201(int argc, ORV_VARIABLE** argv, char*) {
-  const long failed = cmast_init("SP_BDFAC");
-  if (failed != 0) return failed;
   Arguments arguments;
-  if (!read_arguments(routine_201, argc, argv, arguments)) return 0;
-  void* const function = forms.at(arguments.precision);
-  if (function == nullptr) return 0;
+  void* function;
+  const long failed = open_call(routine_201, forms, argc, argv, arguments, function);
+  if (failed != 0 || function == nullptr) return failed;
   const long n = arguments.integer(order), nlca = arguments.integer(lower), nuca = arguments.integer(upper);
   if (!holds(arguments, matrix, band_area(n, nlca, nuca)) || !holds(arguments, pivots, n) ||
       !holds(arguments, factor, band_area(n, nlca, nuca, nlca)) || !is_real(arguments, condition) ||
@@ -45,11 +43,7 @@ long mathstat_201(int argc, ORV_VARIABLE** argv, char*) {
   words.add(n).add(arguments.data[matrix]).add(nlca).add(nuca).add(0L).option(ZENT_FACTOR_ONLY);
   words.option(ZENT_FACTOR_USER).add(arguments.data[pivots]).add(arguments.data[factor]);
   arguments.add_options(words);
-  words.end();
-  words.call<void*>(function);
-  long code;
-  cmast_opi_clear_errors(1, &code, arguments.status, 1);
-  return 0;
+  return finish(arguments, words, function);
 }
 
 }  // namespace zent::binding

@@ -15,25 +15,23 @@ constexpr Position positions[] = {
     {"NCODA", Kind::required, Type::integer, "upper codiagonals"},
     {"B", Kind::required, Type::field, "right-hand side, N elements"},
     {"X", Kind::required, Type::field, "receives the solution, N elements"},
-    {"CONDITION", Kind::optional, Type::any, "receives the condition number, a real", ZENT_CONDITION, Pass::address},
+    condition_position,
     {"FACTOR", Kind::optional, Type::field, "what SP_BDPDFAC gave"},
     unused_position,
 };
 static_assert(sizeof positions / sizeof positions[0] == position_count && reserved + 1 == position_count);
 
-const DenseForms forms = ZENT_BAND_FORMS(lin_sol_posdef_band);
+const DenseForms forms = ZENT_DENSE_FORMS(lin_sol_posdef_band);
 
 }  // namespace
 
 const Routine routine_203 = {203, "SP_BDPDSOL", true, position_count, positions};
 
 long mathstat_203(int argc, ORV_VARIABLE** argv, char*) {
-  const long failed = cmast_init("SP_BDPDSOL");
-  if (failed != 0) return failed;
   Arguments arguments;
-  if (!read_arguments(routine_203, argc, argv, arguments)) return 0;
-  void* const function = forms.at(arguments.precision);
-  if (function == nullptr) return 0;
+  void* function;
+  const long failed = open_call(routine_203, forms, argc, argv, arguments, function);
+  if (failed != 0 || function == nullptr) return failed;
   const long n = arguments.integer(order), ncoda = arguments.integer(codiagonals), elements = band_area(n, 0, ncoda);
   if (!holds(arguments, matrix, elements) || !holds(arguments, factor, elements) || !holds(arguments, right, n) ||
       !holds(arguments, solution, n) || !is_real(arguments, condition)) {
@@ -44,11 +42,7 @@ long mathstat_203(int argc, ORV_VARIABLE** argv, char*) {
   words.option(ZENT_RETURN_USER).add(arguments.data[solution]);
   arguments.add_options(words);
   if (arguments.present[factor]) words.option(ZENT_SOLVE_ONLY).option(ZENT_FACTOR_USER).add(arguments.data[factor]);
-  words.end();
-  words.call<void*>(function);
-  long code;
-  cmast_opi_clear_errors(1, &code, arguments.status, 1);
-  return 0;
+  return finish(arguments, words, function);
 }
 
 }  // namespace zent::binding

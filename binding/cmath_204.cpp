@@ -16,7 +16,7 @@ constexpr Position positions[] = {
     {"NUCA", Kind::required, Type::integer, "upper codiagonals"},
     {"B", Kind::required, Type::field, "right-hand side, N elements"},
     {"X", Kind::required, Type::field, "receives the solution, N elements"},
-    {"CONDITION", Kind::optional, Type::any, "receives the condition number, a real", ZENT_CONDITION, Pass::address},
+    condition_position,
     {"TRANSPOSE", Kind::optional, Type::any, "present for the (conjugate) transpose", ZENT_TRANSPOSE, Pass::flag},
     {"PIVOTS", Kind::optional, Type::integer, "what SP_BDFAC gave, with FACTOR"},
     {"FACTOR", Kind::optional, Type::field, "what SP_BDFAC gave, with PIVOTS"},
@@ -26,13 +26,13 @@ constexpr Position positions[] = {
 };
 static_assert(sizeof positions / sizeof positions[0] == position_count && reserved + 1 == position_count);
 
-const DenseForms forms = ZENT_BAND_FORMS(lin_sol_gen_band);
+const DenseForms forms = ZENT_DENSE_FORMS(lin_sol_gen_band);
 
 // Pivots that name a row outside the band would be followed into foreign memory.
 bool pivots_fit(const Arguments& arguments, long n, long nlca) {
   const long* const pivot = arguments.array<long>(pivots);
   for (long k = 0; arguments.present[pivots] && k < n; ++k) {
-    const long reach = k + 1 + nlca < n ? k + 1 + nlca : n;
+    const long reach = nlca < n - (k + 1) ? k + 1 + nlca : n;
     if (pivot[k] < k + 1 || pivot[k] > reach) return refuse("SP_BDSOL: argument PIVOTS is not what SP_BDFAC gave");
   }
   return true;
@@ -43,12 +43,10 @@ bool pivots_fit(const Arguments& arguments, long n, long nlca) {
 const Routine routine_204 = {204, "SP_BDSOL", true, position_count, positions};
 
 long mathstat_204(int argc, ORV_VARIABLE** argv, char*) {
-  const long failed = cmast_init("SP_BDSOL");
-  if (failed != 0) return failed;
   Arguments arguments;
-  if (!read_arguments(routine_204, argc, argv, arguments)) return 0;
-  void* const function = forms.at(arguments.precision);
-  if (function == nullptr) return 0;
+  void* function;
+  const long failed = open_call(routine_204, forms, argc, argv, arguments, function);
+  if (failed != 0 || function == nullptr) return failed;
   const long n = arguments.integer(order), nlca = arguments.integer(lower), nuca = arguments.integer(upper);
   if (!holds(arguments, matrix, band_area(n, nlca, nuca)) || !holds(arguments, right, n) || !holds(arguments, solution, n) ||
       !holds(arguments, pivots, n) || !holds(arguments, factor, band_area(n, nlca, nuca, nlca)) ||
@@ -62,11 +60,7 @@ long mathstat_204(int argc, ORV_VARIABLE** argv, char*) {
   if (arguments.present[factor]) {
     words.option(ZENT_SOLVE_ONLY).option(ZENT_FACTOR_USER).add(arguments.data[pivots]).add(arguments.data[factor]);
   }
-  words.end();
-  words.call<void*>(function);
-  long code;
-  cmast_opi_clear_errors(1, &code, arguments.status, 1);
-  return 0;
+  return finish(arguments, words, function);
 }
 
 }  // namespace zent::binding

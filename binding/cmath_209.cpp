@@ -20,19 +20,17 @@ constexpr Position positions[] = {
 };
 static_assert(sizeof positions / sizeof positions[0] == position_count);
 
-const DenseForms forms = ZENT_BAND_FORMS(mat_mul_rect_band);
+const DenseForms forms = ZENT_DENSE_FORMS(mat_mul_rect_band);
 
 }  // namespace
 
 const Routine routine_209 = {209, "SP_MVMULBAND", true, position_count, positions};
 
 long mathstat_209(int argc, ORV_VARIABLE** argv, char*) {
-  const long failed = cmast_init("SP_MVMULBAND");
-  if (failed != 0) return failed;
   Arguments arguments;
-  if (!read_arguments(routine_209, argc, argv, arguments)) return 0;
-  void* const function = forms.at(arguments.precision);
-  if (function == nullptr) return 0;
+  void* function;
+  const long failed = open_call(routine_209, forms, argc, argv, arguments, function);
+  if (failed != 0 || function == nullptr) return failed;
   if (!fits_option(arguments, rows) || !fits_option(arguments, lower) || !fits_option(arguments, upper)) return 0;
   const long nrow = arguments.integer(rows), m = arguments.integer(lower) + arguments.integer(upper) + 1;
   const long ncol = m < 1 ? 0 : arguments.count[matrix] / m;
@@ -44,11 +42,8 @@ long mathstat_209(int argc, ORV_VARIABLE** argv, char*) {
   Words words;
   words.add(arguments.text(operation)).option(ZENT_A_MATRIX, nrow, ncol, arguments.integer(lower), arguments.integer(upper));
   words.add(arguments.data[matrix]).option(ZENT_X_VECTOR, arguments.count[vector]).add(arguments.data[vector]);
-  words.option(ZENT_RETURN_USER).add(arguments.data[product]).end();
-  words.call<void*>(function);
-  long code;
-  cmast_opi_clear_errors(1, &code, arguments.status, 1);
-  return 0;
+  words.option(ZENT_RETURN_USER).add(arguments.data[product]);
+  return finish(arguments, words, function);
 }
 
 }  // namespace zent::binding

@@ -20,19 +20,18 @@ constexpr Position positions[] = {
 };
 static_assert(sizeof positions / sizeof positions[0] == position_count);
 
-const DenseForms forms = ZENT_BAND_FORMS(mat_mul_rect_coordinate);
+const DenseForms forms = ZENT_DENSE_FORMS(mat_mul_rect_coordinate);
 
 }  // namespace
 
 const Routine routine_210 = {210, "SP_MVMULCOORD", true, position_count, positions};
 
 long mathstat_210(int argc, ORV_VARIABLE** argv, char*) {
-  const long failed = cmast_init("SP_MVMULCOORD");
-  if (failed != 0) return failed;
   Arguments arguments;
-  if (!read_arguments(routine_210, argc, argv, arguments)) return 0;
-  void* const function = forms.at(arguments.precision);
-  if (function == nullptr || !is_coordinate(arguments, matrix)) return 0;
+  void* function;
+  const long failed = open_call(routine_210, forms, argc, argv, arguments, function);
+  if (failed != 0 || function == nullptr) return failed;
+  if (!is_coordinate(arguments, matrix)) return 0;
   if (!fits_option(arguments, rows) || !fits_option(arguments, columns)) return 0;
   const long nrow = arguments.integer(rows), ncol = arguments.integer(columns);
   if (arguments.count[vector] > 0x7fffffff || arguments.count[matrix] > 0x7fffffff) {
@@ -45,11 +44,7 @@ long mathstat_210(int argc, ORV_VARIABLE** argv, char*) {
   words.option(ZENT_X_VECTOR, arguments.count[vector]).add(arguments.data[vector]);
   words.option(ZENT_RETURN_USER).add(arguments.data[product]);
   arguments.add_options(words);
-  words.end();
-  words.call<void*>(function);
-  long code;
-  cmast_opi_clear_errors(1, &code, arguments.status, 1);
-  return 0;
+  return finish(arguments, words, function);
 }
 
 }  // namespace zent::binding

@@ -29,9 +29,7 @@ long mathstat_215(int argc, ORV_VARIABLE** argv, char*) {
   Arguments arguments;
   if (!read_arguments(routine_215, argc, argv, arguments)) return 0;
   const long m = arguments.integer(rows), n = arguments.integer(columns);
-  long elements = 0;
-  if (m > 0 && n > 0 && __builtin_mul_overflow(m, n, &elements)) elements = 0x7fffffffffffffff;
-  if (!holds(arguments, matrix, elements)) return 0;
+  if (!holds(arguments, matrix, m, n)) return 0;
   Words words;
   words.add(m).add(n).add(arguments.data[matrix]);
   arguments.add_options(words);

@@ -1,5 +1,5 @@
 // BINOMIALCOEF: binomial coefficients, element by element.
-#include "binding/routines.hpp"
+#include "binding/elements.hpp"
 #include "zent/functions.h"
 
 namespace zent::binding {
@@ -17,34 +17,21 @@ constexpr Position positions[] = {
 };
 static_assert(sizeof positions / sizeof positions[0] == position_count);
 
-template <class Real>
-void run(const Arguments& a, Real (*function)(long, long)) {
-  for (long i = 0; i < a.count[n_position]; ++i) {
-    a.array<Real>(result)[i] = function(a.array<long>(n_position)[i], a.array<long>(m_position)[i]);
-  }
-}
-
 }  // namespace
 
 const Routine routine_250 = {250, "BINOMIALCOEF", true, position_count, positions};
 
+// The error state read is that of the other half: bad elements come back as not-a-number.
 long mathstat_250(int argc, ORV_VARIABLE** argv, char*) {
-  const long failed = cmast_init("BINOMIALCOEF");
-  if (failed != 0) return failed;
-  Arguments a;
-  if (!read_arguments(routine_250, argc, argv, a)) return 0;
-  if (a.data[result] == nullptr || a.count[m_position] < a.count[n_position] || a.count[result] < a.count[n_position]) {
-    refuse("BINOMIALCOEF: M and RESULT must have as many elements as N");
-    return 0;
-  }
-  if (a.is_double()) {
-    run(a, zents_d_binomial_coefficient);
-  } else {
-    run(a, zents_f_binomial_coefficient);
-  }
-  long code;
-  cmast_opi_clear_errors(1, &code, a.status, 1);  // the error state of the other half: bad elements come back as not-a-number
-  return 0;
+  return each_element(routine_250, argc, argv, true, Count::of_array, n_position, {m_position, result},
+                      "BINOMIALCOEF: M and RESULT must have as many elements as N",
+                      [](const Arguments& a, long count, auto real) {
+                        using Real = decltype(real);
+                        const auto function = form_of<Real>(zents_d_binomial_coefficient, zents_f_binomial_coefficient);
+                        for (long i = 0; i < count; ++i) {
+                          a.array<Real>(result)[i] = function(a.array<long>(n_position)[i], a.array<long>(m_position)[i]);
+                        }
+                      });
 }
 
 }  // namespace zent::binding

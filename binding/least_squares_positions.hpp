@@ -19,4 +19,15 @@ inline bool holds(const Arguments& arguments, int k, long rows, long columns = 1
   return refuse(text);
 }
 
+// The default of a tolerance that a call takes by address, in both precisions.
+struct DefaultTolerance {
+  double twice;
+  float single;
+
+  const void* address(const Arguments& arguments, int k) const {  // of the argument where it is given
+    if (arguments.present[k]) return arguments.data[k];
+    return arguments.real_type() == ORV_TYP_DOUBLE ? static_cast<const void*>(&twice) : &single;
+  }
+};
+
 }  // namespace zent::binding

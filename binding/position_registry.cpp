@@ -70,7 +70,7 @@ extern "C" long cmast_routines_page(char* text, long size) {
       page.add("Not available yet.\n");
       continue;
     }
-    page.add("Label: %s. Error state: %s.\n", entry.label, half_names[static_cast<int>(entry.half)]);
+    page.add("Label: %s. Error state: %s.\n", entry.routine->label, half_names[static_cast<int>(entry.half)]);
     add_positions(page, *entry.routine);
   }
   return page.length;
