@@ -3,7 +3,10 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <cstddef>
 #include <random>
+#include <string>
+#include <type_traits>
 #include <vector>
 
 #include "stat/distributions/arrays.hpp"
@@ -11,7 +14,6 @@
 
 #ifdef ZENT_HAVE_BOOST
 #include <boost/math/distributions.hpp>
-#else
 #endif
 #ifdef ZENT_HAVE_GSL
 #include <gsl/gsl_cdf.h>
@@ -44,6 +46,9 @@ constexpr long n = 4096;
 struct Range {
   double low, high;
 };
+struct Ranges {
+  Range x, y, z;  // y holds degrees of freedom and counts, and is whole
+};
 
 std::vector<double> draw(Range range, unsigned seed) {
   std::mt19937_64 engine(seed);
@@ -52,198 +57,121 @@ std::vector<double> draw(Range range, unsigned seed) {
   for (double& value : x) value = uniform(engine);
   return x;
 }
-// Degrees of freedom and counts are whole.
-std::vector<double> whole(std::vector<double> x) {
-  for (double& value : x) value = std::floor(value);
-  return x;
-}
 
-void count(benchmark::State& state) {
-  state.counters["value"] =
-      benchmark::Counter(static_cast<double>(state.iterations()) * n, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+// `run` goes once through the arrays x, y, z, out.
+template <class Run>
+void measure(const std::string& name, Ranges ranges, Run run) {
+  benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+    const std::vector<double> x = draw(ranges.x, 1), z = draw(ranges.z, 3);
+    std::vector<double> y = draw(ranges.y, 2), out(n);
+    for (double& value : y) value = std::floor(value);
+    for (auto _ : state) {
+      run(x.data(), y.data(), z.data(), out.data());
+      benchmark::DoNotOptimize(out.data());
+    }
+    state.counters["value"] = benchmark::Counter(static_cast<double>(state.iterations()) * n,
+                                                 benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  });
 }
 
 template <class Function>
-void calls(benchmark::State& state, Function function, Range a, Range b, Range c) {
-  const std::vector<double> x = draw(a, 1), y = whole(draw(b, 2)), z = draw(c, 3);
-  std::vector<double> out(n);
-  for (auto _ : state) {
-    for (long i = 0; i < n; ++i) out[i] = function(x[i], y[i], z[i]);
-    benchmark::DoNotOptimize(out.data());
+void calls(const std::string& name, Ranges ranges, Function function) {
+  if constexpr (!std::is_same_v<Function, std::nullptr_t>) {
+    measure(name, ranges, [=](const double* x, const double* y, const double* z, double* out) {
+      for (long i = 0; i < n; ++i) out[i] = function(x[i], y[i], z[i]);
+    });
   }
-  count(state);
-}
-void loop(benchmark::State& state, void* function, Range a, Range b, Range c) {
-  const std::vector<double> x = draw(a, 1), y = whole(draw(b, 2)), z = draw(c, 3);
-  std::vector<double> out(n);
-  for (auto _ : state) {
-    zent::distributions::apply(function, n, x.data(), y.data(), z.data(), out.data());
-    benchmark::DoNotOptimize(out.data());
-  }
-  count(state);
 }
 
-#define LIST(...) __VA_ARGS__
-#define CASE(name, ranges, library, expression)                                                                               \
-  void name##_##library(benchmark::State& state) {                                                                            \
-    calls(                                                                                                                    \
-        state,                                                                                                                \
-        []([[maybe_unused]] double x, [[maybe_unused]] double y, [[maybe_unused]] double z) -> double { return expression; }, \
-        ranges);                                                                                                              \
-  }                                                                                                                           \
-  BENCHMARK(name##_##library)->Name(#name "/" #library)
-#define LOOP(name, ranges, function)                        \
-  void name##_loop(benchmark::State& state) {               \
-    loop(state, reinterpret_cast<void*>(function), ranges); \
-  }                                                         \
-  BENCHMARK(name##_loop)->Name(#name "/loop")
+// One function: called one by one, through the loop that knows it by its address, and its peers; null for what does not exist.
+template <class Ours, class R, class Gsl, class Boost>
+void row(const std::string& name, Ranges ranges, void* function, Ours ours, R rmath, Gsl gsl, Boost boost) {
+  calls(name + "/zent", ranges, ours);
+  if (function != nullptr) {
+    measure(name + "/loop", ranges, [=](const double* x, const double* y, const double* z, double* out) {
+      zent::distributions::apply(function, n, x, y, z, out);
+    });
+  }
+  calls(name + "/rmath", ranges, rmath);
+  calls(name + "/gsl", ranges, gsl);
+  calls(name + "/boost", ranges, boost);
+}
+
+#define CALL(...) \
+  []([[maybe_unused]] double x, [[maybe_unused]] double y, [[maybe_unused]] double z) -> double { return __VA_ARGS__; }
+#define LOOP(function) reinterpret_cast<void*>(function)
 #ifdef ZENT_HAVE_RMATH
-#define R_CASE(name, ranges, expression) CASE(name, LIST(ranges), rmath, expression)
+#define R(...) CALL(__VA_ARGS__)
 #else
-#define R_CASE(name, ranges, expression) static_assert(true)
+#define R(...) nullptr
 #endif
 #ifdef ZENT_HAVE_GSL
-#define G_CASE(name, ranges, expression) CASE(name, LIST(ranges), gsl, expression)
+#define GSL(...) CALL(__VA_ARGS__)
 #else
-#define G_CASE(name, ranges, expression) static_assert(true)
+#define GSL(...) nullptr
 #endif
 #ifdef ZENT_HAVE_BOOST
-#define B_CASE(name, ranges, expression) CASE(name, LIST(ranges), boost, expression)
+#define BOOST(...) CALL(__VA_ARGS__)
+using namespace boost::math;
 #else
-#define B_CASE(name, ranges, expression) static_assert(true)
+#define BOOST(...) nullptr
 #endif
 
-#define NORMAL                       \
-  Range{-5, 5}, Range{0, 1}, Range { \
-    0, 1                             \
-  }
-CASE(normal_cdf, LIST(NORMAL), zent, zents_d_normal_cdf(x));
-LOOP(normal_cdf, LIST(NORMAL), zents_d_normal_cdf);
-R_CASE(normal_cdf, LIST(NORMAL), pnorm5(x, 0, 1, 1, 0));
-G_CASE(normal_cdf, LIST(NORMAL), gsl_cdf_ugaussian_P(x));
-B_CASE(normal_cdf, LIST(NORMAL), cdf(boost::math::normal(), x));
-#define P                                   \
-  Range{0.001, 0.999}, Range{0, 1}, Range { \
-    0, 1                                    \
-  }
-CASE(normal_inverse, LIST(P), zent, zents_d_normal_inverse_cdf(x));
-LOOP(normal_inverse, LIST(P), zents_d_normal_inverse_cdf);
-R_CASE(normal_inverse, LIST(P), qnorm5(x, 0, 1, 1, 0));
-G_CASE(normal_inverse, LIST(P), gsl_cdf_ugaussian_Pinv(x));
-B_CASE(normal_inverse, LIST(P), quantile(boost::math::normal(), x));
+void continuous() {
+  const Range none = {0, 1}, p = {0.001, 0.999}, df = {1, 40};
+  row("normal_cdf", {{-5, 5}, none, none}, LOOP(zents_d_normal_cdf), CALL(zents_d_normal_cdf(x)), R(pnorm5(x, 0, 1, 1, 0)),
+      GSL(gsl_cdf_ugaussian_P(x)), BOOST(cdf(normal(), x)));
+  row("normal_inverse", {p, none, none}, LOOP(zents_d_normal_inverse_cdf), CALL(zents_d_normal_inverse_cdf(x)),
+      R(qnorm5(x, 0, 1, 1, 0)), GSL(gsl_cdf_ugaussian_Pinv(x)), BOOST(quantile(normal(), x)));
+  row("t_cdf", {{-5, 5}, df, none}, LOOP(zents_d_t_cdf), CALL(zents_d_t_cdf(x, y)), R(pt(x, y, 1, 0)), GSL(gsl_cdf_tdist_P(x, y)),
+      BOOST(cdf(students_t(y), x)));
+  row("t_inverse", {p, df, none}, LOOP(zents_d_t_inverse), CALL(zents_d_t_inverse(x, y)), R(qt(x, y, 1, 0)),
+      GSL(gsl_cdf_tdist_Pinv(x, y)), BOOST(quantile(students_t(y), x)));
+  row("chi_squared_cdf", {{0.1, 80}, {1, 65}, none}, LOOP(zents_d_chi_squared_cdf), CALL(zents_d_chi_squared_cdf(x, y)),
+      R(pchisq(x, y, 1, 0)), GSL(gsl_cdf_chisq_P(x, y)), BOOST(cdf(chi_squared(y), x)));
+  row("chi_squared_inverse", {p, {1, 65}, none}, LOOP(zents_d_chi_squared_inverse_cdf),
+      CALL(zents_d_chi_squared_inverse_cdf(x, y)), R(qchisq(x, y, 1, 0)), GSL(gsl_cdf_chisq_Pinv(x, y)),
+      BOOST(quantile(chi_squared(y), x)));
+  row("gamma_cdf", {{0.1, 40}, df, none}, LOOP(zents_d_gamma_cdf), CALL(zents_d_gamma_cdf(x, y)), R(pgamma(x, y, 1, 1, 0)),
+      GSL(gsl_cdf_gamma_P(x, y, 1)), BOOST(cdf(gamma_distribution<>(y), x)));
+  row("F_cdf", {{0.1, 4}, df, df}, LOOP(zents_d_F_cdf), CALL(zents_d_F_cdf(x, y, z)), R(pf(x, y, z, 1, 0)),
+      GSL(gsl_cdf_fdist_P(x, y, z)), BOOST(cdf(fisher_f(y, z), x)));
+  row("F_inverse", {p, df, df}, LOOP(zents_d_F_inverse_cdf), CALL(zents_d_F_inverse_cdf(x, y, z)), R(qf(x, y, z, 1, 0)),
+      GSL(gsl_cdf_fdist_Pinv(x, y, z)), BOOST(quantile(fisher_f(y, z), x)));
+  row("beta_inverse", {p, df, df}, LOOP(zents_d_beta_inverse_cdf), CALL(zents_d_beta_inverse_cdf(x, y, z)),
+      R(qbeta(x, y, z, 1, 0)), nullptr, BOOST(quantile(beta_distribution<>(y, z), x)));
+  row("non_central_chi_squared", {{1, 60}, {1, 30}, {0.1, 30}}, LOOP(zents_d_non_central_chi_sq),
+      CALL(zents_d_non_central_chi_sq(x, y, z)), R(pnchisq(x, y, z, 1, 0)), nullptr,
+      BOOST(cdf(boost::math::non_central_chi_squared(y, z), x)));
+  // R's own prints a warning for each value in whose tail it loses the digits.
+  row("non_central_t", {{-2, 8}, df, {-1, 4}}, nullptr, CALL(zents_d_non_central_t_cdf(x, static_cast<long>(y), z)),
+      R(pnt(x, y, z, 1, 0)), nullptr, BOOST(cdf(boost::math::non_central_t(y, z), x)));
+  row("bivariate_normal", {{-2, 2}, {-2, 2}, {-0.9, 0.9}}, LOOP(zents_d_bivariate_normal_cdf),
+      CALL(zents_d_bivariate_normal_cdf(x, y, z)), nullptr, nullptr, nullptr);
+}
 
-#define T                             \
-  Range{-5, 5}, Range{1, 40}, Range { \
-    0, 1                              \
-  }
-CASE(t_cdf, LIST(T), zent, zents_d_t_cdf(x, y));
-LOOP(t_cdf, LIST(T), zents_d_t_cdf);
-R_CASE(t_cdf, LIST(T), pt(x, y, 1, 0));
-G_CASE(t_cdf, LIST(T), gsl_cdf_tdist_P(x, y));
-B_CASE(t_cdf, LIST(T), cdf(boost::math::students_t(y), x));
-#define PT                                   \
-  Range{0.001, 0.999}, Range{1, 40}, Range { \
-    0, 1                                     \
-  }
-CASE(t_inverse, LIST(PT), zent, zents_d_t_inverse(x, y));
-LOOP(t_inverse, LIST(PT), zents_d_t_inverse);
-R_CASE(t_inverse, LIST(PT), qt(x, y, 1, 0));
-G_CASE(t_inverse, LIST(PT), gsl_cdf_tdist_Pinv(x, y));
-B_CASE(t_inverse, LIST(PT), quantile(boost::math::students_t(y), x));
-
-#define CHI                             \
-  Range{0.1, 80}, Range{1, 65}, Range { \
-    0, 1                                \
-  }
-CASE(chi_squared_cdf, LIST(CHI), zent, zents_d_chi_squared_cdf(x, y));
-LOOP(chi_squared_cdf, LIST(CHI), zents_d_chi_squared_cdf);
-R_CASE(chi_squared_cdf, LIST(CHI), pchisq(x, y, 1, 0));
-G_CASE(chi_squared_cdf, LIST(CHI), gsl_cdf_chisq_P(x, y));
-B_CASE(chi_squared_cdf, LIST(CHI), cdf(boost::math::chi_squared(y), x));
-#define PCHI                                 \
-  Range{0.001, 0.999}, Range{1, 65}, Range { \
-    0, 1                                     \
-  }
-CASE(chi_squared_inverse, LIST(PCHI), zent, zents_d_chi_squared_inverse_cdf(x, y));
-LOOP(chi_squared_inverse, LIST(PCHI), zents_d_chi_squared_inverse_cdf);
-R_CASE(chi_squared_inverse, LIST(PCHI), qchisq(x, y, 1, 0));
-G_CASE(chi_squared_inverse, LIST(PCHI), gsl_cdf_chisq_Pinv(x, y));
-B_CASE(chi_squared_inverse, LIST(PCHI), quantile(boost::math::chi_squared(y), x));
-
-#define GAM                             \
-  Range{0.1, 40}, Range{1, 40}, Range { \
-    0, 1                                \
-  }
-CASE(gamma_cdf, LIST(GAM), zent, zents_d_gamma_cdf(x, y));
-LOOP(gamma_cdf, LIST(GAM), zents_d_gamma_cdf);
-R_CASE(gamma_cdf, LIST(GAM), pgamma(x, y, 1, 1, 0));
-G_CASE(gamma_cdf, LIST(GAM), gsl_cdf_gamma_P(x, y, 1));
-B_CASE(gamma_cdf, LIST(GAM), cdf(boost::math::gamma_distribution<>(y), x));
-
-#define FR                             \
-  Range{0.1, 4}, Range{1, 40}, Range { \
-    1, 40                              \
-  }
-CASE(F_cdf, LIST(FR), zent, zents_d_F_cdf(x, y, z));
-LOOP(F_cdf, LIST(FR), zents_d_F_cdf);
-R_CASE(F_cdf, LIST(FR), pf(x, y, z, 1, 0));
-G_CASE(F_cdf, LIST(FR), gsl_cdf_fdist_P(x, y, z));
-B_CASE(F_cdf, LIST(FR), cdf(boost::math::fisher_f(y, z), x));
-#define PF                                   \
-  Range{0.001, 0.999}, Range{1, 40}, Range { \
-    1, 40                                    \
-  }
-CASE(F_inverse, LIST(PF), zent, zents_d_F_inverse_cdf(x, y, z));
-LOOP(F_inverse, LIST(PF), zents_d_F_inverse_cdf);
-R_CASE(F_inverse, LIST(PF), qf(x, y, z, 1, 0));
-G_CASE(F_inverse, LIST(PF), gsl_cdf_fdist_Pinv(x, y, z));
-B_CASE(F_inverse, LIST(PF), quantile(boost::math::fisher_f(y, z), x));
-CASE(beta_inverse, LIST(PF), zent, zents_d_beta_inverse_cdf(x, y, z));
-LOOP(beta_inverse, LIST(PF), zents_d_beta_inverse_cdf);
-R_CASE(beta_inverse, LIST(PF), qbeta(x, y, z, 1, 0));
-B_CASE(beta_inverse, LIST(PF), quantile(boost::math::beta_distribution<>(y, z), x));
-
-#define BINOMIAL                       \
-  Range{0, 30}, Range{30, 60}, Range { \
-    0.1, 0.9                           \
-  }
-CASE(binomial_cdf, LIST(BINOMIAL), zent, zents_d_binomial_cdf(static_cast<long>(x), static_cast<long>(y), z));
-R_CASE(binomial_cdf, LIST(BINOMIAL), pbinom(std::floor(x), y, z, 1, 0));
-B_CASE(binomial_cdf, LIST(BINOMIAL), cdf(boost::math::binomial(y, z), std::floor(x)));
-#define POISSON                       \
-  Range{1, 40}, Range{0, 40}, Range { \
-    0, 1                              \
-  }
-CASE(poisson_cdf, LIST(POISSON), zent, zents_d_poisson_cdf(static_cast<long>(y), x));
-R_CASE(poisson_cdf, LIST(POISSON), ppois(y, x, 1, 0));
-B_CASE(poisson_cdf, LIST(POISSON), cdf(boost::math::poisson(x), y));
-#define HYPER                          \
-  Range{0, 10}, Range{10, 40}, Range { \
-    0, 1                               \
-  }
-CASE(hyper_cdf, LIST(HYPER), zent, zents_d_hyper_cdf(static_cast<long>(x), static_cast<long>(y), 30, 100));
-R_CASE(hyper_cdf, LIST(HYPER), phyper(std::floor(x), 30, 70, y, 1, 0));
-
-#define NCHI                          \
-  Range{1, 60}, Range{1, 30}, Range { \
-    0.1, 30                           \
-  }
-CASE(non_central_chi_squared, LIST(NCHI), zent, zents_d_non_central_chi_sq(x, y, z));
-R_CASE(non_central_chi_squared, LIST(NCHI), pnchisq(x, y, z, 1, 0));
-B_CASE(non_central_chi_squared, LIST(NCHI), cdf(boost::math::non_central_chi_squared(y, z), x));
-#define NT                            \
-  Range{-2, 8}, Range{1, 40}, Range { \
-    -1, 4                             \
-  }
-CASE(non_central_t, LIST(NT), zent, zents_d_non_central_t_cdf(x, static_cast<long>(y), z));
-R_CASE(non_central_t, LIST(NT), pnt(x, y, z, 1, 0));
-B_CASE(non_central_t, LIST(NT), cdf(boost::math::non_central_t(y, z), x));
-#define BI                            \
-  Range{-2, 2}, Range{-2, 2}, Range { \
-    -0.9, 0.9                         \
-  }
-CASE(bivariate_normal, LIST(BI), zent, zents_d_bivariate_normal_cdf(x, y, z));
+void discrete() {
+  row("binomial_cdf", {{0, 30}, {30, 60}, {0.1, 0.9}}, nullptr,
+      CALL(zents_d_binomial_cdf(static_cast<long>(x), static_cast<long>(y), z)), R(pbinom(std::floor(x), y, z, 1, 0)),
+      GSL(gsl_cdf_binomial_P(static_cast<unsigned>(x), z, static_cast<unsigned>(y))), BOOST(cdf(binomial(y, z), std::floor(x))));
+  row("binomial_cdf_many", {{0, 2000}, {2000, 4000}, {0.1, 0.9}}, nullptr,
+      CALL(zents_d_binomial_cdf(static_cast<long>(x), static_cast<long>(y), z)), R(pbinom(std::floor(x), y, z, 1, 0)),
+      GSL(gsl_cdf_binomial_P(static_cast<unsigned>(x), z, static_cast<unsigned>(y))), nullptr);
+  row("poisson_cdf", {{1, 40}, {0, 40}, {0, 1}}, nullptr, CALL(zents_d_poisson_cdf(static_cast<long>(y), x)),
+      R(ppois(y, x, 1, 0)), GSL(gsl_cdf_poisson_P(static_cast<unsigned>(y), x)), BOOST(cdf(poisson(x), y)));
+  row("poisson_cdf_many", {{900, 1100}, {900, 1100}, {0, 1}}, nullptr, CALL(zents_d_poisson_cdf(static_cast<long>(y), x)),
+      R(ppois(y, x, 1, 0)), GSL(gsl_cdf_poisson_P(static_cast<unsigned>(y), x)), nullptr);
+  row("hyper_cdf", {{0, 10}, {10, 40}, {0, 1}}, nullptr,
+      CALL(zents_d_hyper_cdf(static_cast<long>(x), static_cast<long>(y), 30, 100)), R(phyper(std::floor(x), 30, 70, y, 1, 0)),
+      GSL(gsl_cdf_hypergeometric_P(static_cast<unsigned>(x), 30, 70, static_cast<unsigned>(y))), nullptr);
+}
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  continuous();
+  discrete();
+  benchmark::RunSpecifiedBenchmarks();
+  return 0;
+}

@@ -1,5 +1,5 @@
 // HYPERGEOCDF: the hypergeometric distribution function, element by element.
-#include "binding/routines.hpp"
+#include "binding/elements.hpp"
 #include "stat/distributions/arrays.hpp"
 
 namespace zent::binding {
@@ -19,34 +19,17 @@ constexpr Position positions[] = {
 };
 static_assert(sizeof positions / sizeof positions[0] == position_count);
 
-template <class Real>
-void run(const Arguments& a) {
-  distributions::hyper_cdf(a.count[k], a.array<long>(k), a.array<long>(n), a.array<long>(m), a.array<long>(l),
-                           a.array<Real>(result));
-}
-
 }  // namespace
 
 const Routine routine_149 = {149, "HYPERGEOCDF", true, position_count, positions};
 
 long mathstat_149(int argc, ORV_VARIABLE** argv, char*) {
-  const long failed = cmast_init("HYPERGEOCDF");
-  if (failed != 0) return failed;
-  Arguments a;
-  if (!read_arguments(routine_149, argc, argv, a)) return 0;
-  for (int position : {n, m, l, result}) {
-    if (a.data[position] != nullptr && a.count[position] >= a.count[k]) continue;
-    refuse("HYPERGEOCDF: N, M, L and RESULT must have as many elements as K");
-    return 0;
-  }
-  if (a.is_double()) {
-    run<double>(a);
-  } else {
-    run<float>(a);
-  }
-  long code;
-  cmast_opi_clear_errors(0, &code, a.status, 1);
-  return 0;
+  return each_element(routine_149, argc, argv, false, Count::of_array, k, {n, m, l, result},
+                      "HYPERGEOCDF: N, M, L and RESULT must have as many elements as K",
+                      [](const Arguments& a, long count, auto real) {
+                        distributions::hyper_cdf(count, a.array<long>(k), a.array<long>(n), a.array<long>(m), a.array<long>(l),
+                                                 a.array<decltype(real)>(result));
+                      });
 }
 
 }  // namespace zent::binding

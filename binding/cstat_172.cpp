@@ -1,5 +1,5 @@
 // POISSONCDF: the Poisson distribution function, element by element.
-#include "binding/routines.hpp"
+#include "binding/elements.hpp"
 #include "stat/distributions/arrays.hpp"
 
 namespace zent::binding {
@@ -18,33 +18,17 @@ constexpr Position positions[] = {
 };
 static_assert(sizeof positions / sizeof positions[0] == position_count);
 
-template <class Real>
-void run(const Arguments& a) {
-  distributions::poisson_cdf(a.integer(count), a.array<long>(k), a.array<Real>(theta), a.array<Real>(result));
-}
-
 }  // namespace
 
 const Routine routine_172 = {172, "POISSONCDF", true, position_count, positions};
 
 long mathstat_172(int argc, ORV_VARIABLE** argv, char*) {
-  const long failed = cmast_init("POISSONCDF");
-  if (failed != 0) return failed;
-  Arguments a;
-  if (!read_arguments(routine_172, argc, argv, a)) return 0;
-  for (int position : {k, theta, result}) {
-    if (a.data[position] != nullptr && a.count[position] >= a.integer(count)) continue;
-    refuse("POISSONCDF: K, THETA and RESULT must have at least COUNT elements");
-    return 0;
-  }
-  if (a.is_double()) {
-    run<double>(a);
-  } else {
-    run<float>(a);
-  }
-  long code;
-  cmast_opi_clear_errors(0, &code, a.status, 1);
-  return 0;
+  return each_element(routine_172, argc, argv, false, Count::value, count, {k, theta, result},
+                      "POISSONCDF: K, THETA and RESULT must have at least COUNT elements",
+                      [](const Arguments& a, long elements, auto real) {
+                        using Real = decltype(real);
+                        distributions::poisson_cdf(elements, a.array<long>(k), a.array<Real>(theta), a.array<Real>(result));
+                      });
 }
 
 }  // namespace zent::binding

@@ -1,5 +1,5 @@
 // TCDF: the non-central t distribution function and its inverse, element by element.
-#include "binding/routines.hpp"
+#include "binding/elements.hpp"
 #include "stat/distributions/arrays.hpp"
 
 namespace zent::binding {
@@ -19,38 +19,19 @@ constexpr Position positions[] = {
 };
 static_assert(sizeof positions / sizeof positions[0] == position_count);
 
-template <class Real>
-void run(const Arguments& a) {
-  const Real* const arguments = a.array<Real>(t);
-  if (a.present[flag] && a.integer(flag) != 0) {
-    distributions::non_central_t_inv_cdf(a.count[t], arguments, a.array<long>(df), a.array<Real>(delta), a.array<Real>(result));
-  } else {
-    distributions::non_central_t_cdf(a.count[t], arguments, a.array<long>(df), a.array<Real>(delta), a.array<Real>(result));
-  }
-}
-
 }  // namespace
 
 const Routine routine_263 = {263, "TCDF", true, position_count, positions};
 
 long mathstat_263(int argc, ORV_VARIABLE** argv, char*) {
-  const long failed = cmast_init("TCDF");
-  if (failed != 0) return failed;
-  Arguments a;
-  if (!read_arguments(routine_263, argc, argv, a)) return 0;
-  for (int position : {df, delta, result}) {
-    if (a.data[position] != nullptr && a.count[position] >= a.count[t]) continue;
-    refuse("TCDF: DF, DELTA and RESULT must have as many elements as T");
-    return 0;
-  }
-  if (a.is_double()) {
-    run<double>(a);
-  } else {
-    run<float>(a);
-  }
-  long code;
-  cmast_opi_clear_errors(0, &code, a.status, 1);
-  return 0;
+  return each_element(routine_263, argc, argv, false, Count::of_array, t, {df, delta, result},
+                      "TCDF: DF, DELTA and RESULT must have as many elements as T",
+                      [](const Arguments& a, long count, auto real) {
+                        using Real = decltype(real);
+                        void (*function)(long, const Real*, const long*, const Real*, Real*) = distributions::non_central_t_cdf;
+                        if (a.present[flag] && a.integer(flag) != 0) function = distributions::non_central_t_inv_cdf;
+                        function(count, a.array<Real>(t), a.array<long>(df), a.array<Real>(delta), a.array<Real>(result));
+                      });
 }
 
 }  // namespace zent::binding

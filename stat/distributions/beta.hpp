@@ -49,7 +49,7 @@ inline bool plain_beta_cdf(Real x, Real pin, Real qin, Real& value) {
     value = x < static_cast<Real>(0.5) ? 0 : x > static_cast<Real>(0.5) ? 1 : static_cast<Real>(0.5);
     return true;
   }
-  return pin > 0 && qin > 0 && x > 0 && x < 1 && functions::plain_beta_incomplete(x, pin, qin, value);
+  return pin > 0 && qin > 0 && x > 0 && x < 1 && beta_ratio(x, 1 - x, pin, qin, value);
 }
 template <class Real>
 Real l_beta_cdf(Real x, Real pin, Real qin) {

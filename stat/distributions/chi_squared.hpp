@@ -6,7 +6,7 @@
 #pragma once
 
 #include "math/functions/gamma.hpp"
-#include "stat/distributions/normal.hpp"
+#include "stat/distributions/gamma_expansion.hpp"
 
 namespace zent::distributions {
 
@@ -30,6 +30,11 @@ inline Real gamma_factor(Real a, Real x) {
   if (a < 10 && x < -std::log(Machine<Real>::smallest) && functions::plain_gamma(a, g)) {
     const Real power = std::pow(x, a);
     if (power >= Machine<Real>::smallest) return power * std::exp(-x) / g;
+  }
+  if (a >= 10 && x < a / 2) {
+    const Real share = x / a, power = std::pow(share * std::exp(1 - share), a);
+    const Real factor = power * std::sqrt(a / (2 * pi<Real>)) * std::exp(-functions::stirling_correction(a));
+    if (power >= Machine<Real>::smallest) return factor > Machine<Real>::smallest ? factor : 0;
   }
   const Real exponent = log_gamma_factor(a, x);
   return exponent > std::log(Machine<Real>::smallest) + Machine<Real>::epsilon ? std::exp(exponent) : 0;
@@ -100,7 +105,7 @@ inline Real gamma_ratio(Real x, Real a) {
   if (a > Machine<Real>::largest) return 0;
   if (a >= gamma_uniform_from<Real>) return gamma_uniform(a, x);
   const Real factor = gamma_factor(a, x);
-  if (x <= 1 || x < a) {
+  if (x < a + 2) {  // above a the fraction, too, would serve, but it is slow for small x
     const Real value = a < 1 ? factor / a * gamma_lower_sum(a, x) : factor * gamma_lower_sum(a, x) / a;
     return value < 1 ? value : 1;
   }
@@ -110,8 +115,10 @@ inline Real gamma_ratio(Real x, Real a) {
 // 1 - gamma_ratio, with the digits of a small one.
 template <class Real>
 inline Real gamma_rest(Real x, Real a) {
+  if (a < gamma_uniform_from<Real> && is_near_mean(x, a)) return gamma_rest_near_mean(x, a);
   if (!(x > 1 && x > a) || a >= gamma_uniform_from<Real> || x > Machine<Real>::largest) return 1 - gamma_ratio(x, a);
-  return gamma_factor(a, x) * gamma_upper_fraction(a, x);
+  const Real factor = gamma_factor(a, x);
+  return factor == 0 ? 0 : factor * gamma_upper_fraction(a, x);
 }
 
 template <class Real>
@@ -143,8 +150,9 @@ Real l_gamma_cdf(Real x, Real a) {
 // The transform that makes a cube root of chi-squared/df nearly normal, with its two constants for df.
 template <class Real>
 struct WilsonHilferty {
+  static constexpr Real ratio = static_cast<Real>(2.0 / 9);
   Real mean, deviation;
-  explicit WilsonHilferty(Real df) : mean(1 - 2 / (9 * df)), deviation(std::sqrt(2 / (9 * df))) {}
+  explicit WilsonHilferty(Real df) : mean(1 - ratio / df), deviation(std::sqrt(ratio / df)) {}
   Real normal(Real x, Real df) const {
     return (std::cbrt(x / df) - mean) / deviation;
   }
@@ -186,7 +194,10 @@ inline Real chi_lower_sum(Real a, Real z, Real first) {
 template <class Real>
 inline Real chi_by_series(Real x, Real a, Real g, Real& density) {
   const Real z = x / 2;
-  const Real power = std::exp(a * std::log(z) - z);
+  // z^a exp(-z) as powers: a large exponent would lose digits. Halves, where the whole would overflow single precision.
+  const bool halves = sizeof(Real) == sizeof(float);
+  const Real root = halves ? std::pow(z, a / 2) * std::exp(-z / 2) : 0;
+  const Real power = halves ? root * root : std::pow(z, a) * std::exp(-z);
   density = power / g;
   const Real middle = a / 2 > 13 ? a / 2 : 13;
   if (z >= middle) return 1 - power * chi_upper_sum(a, z) / z / g;

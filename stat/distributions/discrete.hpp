@@ -12,8 +12,8 @@ namespace zent::distributions {
 // What a sum gives: the distribution function or the probability of its last term.
 enum class Kind { cdf, pdf };
 
-// Longer sums than this give way to the incomplete functions, which they equal.
-inline constexpr long longest_sum = 1000000;
+// Longer sums than this give way to the incomplete functions, which they equal: the rounding of so many products would show.
+inline constexpr long longest_sum = 100, longest_hyper_sum = 10000;
 
 template <class Real>
 struct Sums {
@@ -89,20 +89,37 @@ inline Sums<Real> binomial_sums(long m, long n, Real s, Real t) {
   return {sum + term, term};
 }
 
+// The probability of a k of more than twice the mean, k and n - k from 10 on; by a power, since a large exponent would lose
+// digits.
+template <class Real>
+inline Real binomial_far_term(Real k, Real n, Real p) {
+  const Real rest = n - k, share = n * p / k, u = (k - n * p) / rest;
+  const Real corrections =
+      functions::stirling_correction(n) - functions::stirling_correction(k) - functions::stirling_correction(rest);
+  return std::pow(share * std::exp(1 - share), k) * std::exp(rest * (std::log1p(u) - u) + corrections) *
+         std::sqrt(n / (2 * pi<Real> * k) / rest);
+}
+
 // 0 <= k <= n, 0 < p < 1.
 template <class Real>
 inline Real binomial(long k, long n, Real p, Kind kind) {
-  const bool complement = static_cast<Real>(n) * p < static_cast<Real>(k);
+  // The term alone is a short product from below, also where the terms fall.
+  const bool is_short = kind == Kind::pdf && k <= 16 && k < n - k;
+  const bool complement = static_cast<Real>(n) * p < static_cast<Real>(k) && !is_short;
   const long m = complement ? n - k : k;
   const Real q = 1 - p;
   // What the rounding of 1 - p does to the logarithm of its power in the largest term.
   const Real drift = ((1 - q) - p) / q * static_cast<Real>(n - k);
-  // Long sums, and those whose terms grow by more than the largest number.
-  if (m > longest_sum || std::abs(drift) > 1 || (complement && static_cast<Real>(n) / 4 > p * (Machine<Real>::largest / 16))) {
+  // Long sums, those whose terms grow by more than the largest number, and n that the precision rounds.
+  const bool is_rounded = sizeof(Real) == sizeof(float) && n > 1L << 24;
+  if (m > longest_sum || is_rounded || std::abs(drift) > 1 ||
+      (complement && static_cast<Real>(n) / 4 > p * (Machine<Real>::largest / 16))) {
     if constexpr (sizeof(Real) == sizeof(float)) return static_cast<Real>(binomial(k, n, static_cast<double>(p), kind));
     const Real a = static_cast<Real>(n - k), b = static_cast<Real>(k) + 1;
     Real log_beta_ab = 0, value = 0;
     if (kind == Kind::cdf) return k == n ? 1 : beta_ratio(q, p, a, b, value) ? value : Machine<Real>::not_a_number;
+    if (k >= 10 && n - k >= 10 && static_cast<Real>(n) * p < static_cast<Real>(k) / 2)
+      return binomial_far_term(static_cast<Real>(k), static_cast<Real>(n), p);
     functions::plain_log_beta(a + 1, b, log_beta_ab);
     return functions::beta_power(p, q, b, a + 1, log_beta_ab) / p / q / (static_cast<Real>(n) + 1);
   }
@@ -210,26 +227,24 @@ Real poisson_sum(long k, Real theta, Real log_top) {
 
 template <class Real>
 inline Real poisson(long k, Real theta) {
-  const Real most = -std::log(Machine<Real>::smallest) - 1;
+  if (theta > Machine<Real>::largest) return 0;
+  const Real n = static_cast<Real>(k), most = -std::log(Machine<Real>::smallest) - 1;
+  // Above the mean, too, the products up to there would show: 1 less the rest is more precise.
+  if (theta > 20 && (k > longest_sum || n > theta)) return gamma_rest(theta, n + 1);
   if (theta < most) {  // no block is needed: one run from 0 up, until nothing is added
     Real term = std::exp(-theta), sum = term;
     for (long i = 1; i <= k; ++i) {
-      const Real n = static_cast<Real>(i);
-      term *= theta / n;
+      const Real j = static_cast<Real>(i);
+      term *= theta / j;
       sum += term;
-      if (term < Machine<Real>::epsilon / 8 * sum && n > theta) break;
+      if (term < Machine<Real>::epsilon / 8 * sum && j > theta) break;
     }
     return sum < 1 ? sum : 1;
   }
-  if (theta > Machine<Real>::largest) return 0;
-  const Real n = static_cast<Real>(k), log_top = log_poisson_term(k, theta);
-  if (n > theta && log_top + std::log(n + 2) < std::log(Machine<Real>::epsilon) - 3) return 1;  // what is beyond k does not count
-  if (n < theta && log_top + std::log(n + 1) < 2 * std::log(Machine<Real>::smallest)) return 0;
-  if (k > longest_sum) {
-    return gamma_rest(theta, n + 1);
-  }
+  const Real log_top = log_poisson_term(k, theta);
+  if (log_top + std::log(n + 1) < 2 * std::log(Machine<Real>::smallest)) return 0;
   const Real sum = poisson_sum(k, theta, log_top);
-  return sum < 1 ? sum : 1;
+  return sum < Machine<Real>::smallest / Machine<Real>::epsilon ? gamma_rest(theta, n + 1) : sum;  // terms left in a block count
 }
 
 template <class Real>
@@ -244,7 +259,8 @@ inline bool plain_poisson(long k, Real theta, Kind kind, Real& value) {
   } else if (kind == Kind::cdf) {
     value = poisson(k, theta);
   } else {
-    value = theta > Machine<Real>::largest ? 0 : std::exp(log_poisson_term(k, theta));
+    const Real n = static_cast<Real>(k);
+    value = theta > Machine<Real>::largest ? 0 : k == 0 ? std::exp(-theta) : gamma_factor(n, theta) / n;
   }
   return true;
 }
@@ -309,13 +325,49 @@ inline Sums<Real> hyper_sums(Blocked<Real> first, long from, long to, Real a, Re
   return {sum, term};
 }
 
-// The probability of k as a quotient of binomial probabilities, and the sum from there on; for parameters that make the products
-// above too long.
+// o log(o/e) - (o - e) for a count o, its mean e and their difference, without cancellation.
 template <class Real>
-Real hyper_by_binomials(long k, long least, long a, long b, long l, bool complement, Kind kind) {
+inline Real deviance(Real o, Real e, Real difference) {
+  const Real v = difference / (o + e), w = v * v;
+  if (w > static_cast<Real>(0.01)) return o * std::log(o / e) - difference;
+  Real power = 2 * o * v * w, sum = difference * v, term = power / 3;
+  for (int j = 5; std::abs(term) > Machine<Real>::epsilon / 8 * sum; j += 2) {
+    sum += term;
+    power *= w;
+    term = power / static_cast<Real>(j);
+  }
+  return sum + term;
+}
+
+// The probability of k for counts from 10 on in all four cells of the table with the margins a and b: Stirling's formula, in
+// which the large logarithms leave the deviances. The difference from the mean is exact.
+template <class Real>
+Real hyper_term(long k, long a, long b, long l) {
+  __extension__ typedef __int128 Wide;
+  const Real rl = static_cast<Real>(l), difference = static_cast<Real>(Wide{k} * l - Wide{a} * b) / rl;
+  const Real margin[4] = {static_cast<Real>(a), static_cast<Real>(l - a), static_cast<Real>(b), static_cast<Real>(l - b)};
+  const Real cell[4] = {static_cast<Real>(k), static_cast<Real>(b - k), static_cast<Real>(a - k),
+                        static_cast<Real>(l - a - b + k)};
+  const Real mean[4] = {margin[0] / rl * margin[2], margin[1] / rl * margin[2], margin[0] / rl * margin[3],
+                        margin[1] / rl * margin[3]};
+  Real exponent = -functions::stirling_correction(rl), square = 1 / (2 * pi<Real> * rl), deviances = 0;
+  for (int i = 0; i < 4; ++i) {
+    exponent += functions::stirling_correction(margin[i]) - functions::stirling_correction(cell[i]);
+    square *= margin[i] / cell[i];
+    deviances += deviance(cell[i], mean[i], i == 0 || i == 3 ? difference : -difference);
+  }
+  return std::exp(exponent - deviances) * std::sqrt(square);
+}
+
+// The probability of k, where a cell is small as a quotient of binomial probabilities, and the sum from there on; for parameters
+// that make the products above too long.
+template <class Real>
+Real hyper_from_term(long k, long least, long a, long b, long l, bool complement, Kind kind) {
   const Real p = static_cast<Real>(b) / static_cast<Real>(l);
   if (p == 1) return 1;
-  Real term = binomial(k, a, p, Kind::pdf) / binomial(b, l, p, Kind::pdf) * binomial(b - k, l - a, p, Kind::pdf);
+  Real term = k >= 10 && a - k >= 10 && l - a - b + k >= 10
+                  ? hyper_term<Real>(k, a, b, l)
+                  : binomial(k, a, p, Kind::pdf) / binomial(b, l, p, Kind::pdf) * binomial(b - k, l - a, p, Kind::pdf);
   if (kind == Kind::pdf) return term;
   const Real ra = static_cast<Real>(a), rb = static_cast<Real>(b), rest = static_cast<Real>(l - a - b);
   Real sum = complement ? 0 : term;
@@ -335,10 +387,13 @@ inline Real hypergeometric(long k, long n, long m, long l, Kind kind) {
   const long least = n - (l - m) > 0 ? n - (l - m) : 0;
   if (k < least) return 0;
   if (k > a || (k == a && kind == Kind::cdf)) return kind == Kind::cdf ? 1 : 0;
+  if constexpr (sizeof(Real) == sizeof(float)) {
+    if (a > longest_sum || l > 1L << 24) return static_cast<Real>(hypergeometric<double>(k, n, m, l, kind));
+  }
   const Real ra = static_cast<Real>(a), rb = static_cast<Real>(b), rl = static_cast<Real>(l);
   const Real rest = static_cast<Real>(l - m - n);
   const bool complement = (static_cast<Real>(m) + 1) * (static_cast<Real>(n) + 1) < (rl + 2) * static_cast<Real>(k);
-  if (a > longest_sum) return hyper_by_binomials<Real>(k, least, a, b, l, complement, kind);
+  if (a > longest_hyper_sum) return hyper_from_term<Real>(k, least, a, b, l, complement, kind);
   if (complement) {
     const Blocked<Real> top = falling_ratio(rb, rl, a);
     if (kind == Kind::pdf) return hyper_sums(top, a, k, ra, rb, rest).term;

@@ -5,6 +5,8 @@
 // the root and refine it.
 #pragma once
 
+#include <type_traits>
+
 #include "stat/distributions/discrete.hpp"
 #include "stat/distributions/student.hpp"
 
@@ -32,7 +34,7 @@ Mixture<Real> noncentral_sum(Real x, Real df, Real lambda) {
   const Real z = x / 2, mean = lambda / 2, shape = df / 2, epsilon = Machine<Real>::epsilon;
   const Real small = Machine<Real>::smallest / epsilon, least_weight = static_cast<Real>(1e-20), left_out = 100 * epsilon;
   const long start = mean < 1 ? 1 : static_cast<long>(mean);
-  const Real first_weight = std::exp(log_poisson_term(start, mean));
+  const Real first_weight = gamma_factor(static_cast<Real>(start), mean) / static_cast<Real>(start);
   const Real first_area = gamma_ratio(z, shape + static_cast<Real>(start));
   const Real first_step = gamma_step(shape + static_cast<Real>(start), z);
   Mixture<Real> sum = {first_weight * first_area, first_weight * first_step * (shape + static_cast<Real>(start)), true};
@@ -47,7 +49,8 @@ Mixture<Real> noncentral_sum(Real x, Real df, Real lambda) {
     const Real added = weight * (area < 1 ? area : 1);
     sum.value += added;
     sum.slope += weight * step * a;
-    if (added <= last && added <= epsilon * sum.value && weight < least_weight) break;
+    // Nothing in the sum so far: the terms that count, far below, are still to come.
+    if (sum.value > 0 && added <= last && added <= epsilon * sum.value && weight < least_weight) break;
     last = added;
     if (start - i == longest_walk && i > 0) {
       sum.settled = added <= left_out * (1 - static_cast<Real>(i) / mean) * sum.value;
@@ -181,26 +184,44 @@ inline Real normal_density(Real x) {
   return functions::exp_minus_square(x * root_half<Real>) * static_cast<Real>(0.39894228040143267794);
 }
 
-// Owen's recurrence for whole df: M(k) in steps of 1, every second one counts.
+// exp(-x^2/2) for an x that carries more digits than the result.
+template <class Real, class Wide>
+inline Wide bell(Wide x) {
+  const Wide y = x * x / 2;
+  const Real most = static_cast<Real>(y);
+  const Wide e = static_cast<Wide>(std::exp(-most));
+  return e - e * (y - static_cast<Wide>(most));
+}
+
+// Owen's recurrence for whole df: M(k) in steps of 1, every second one counts. In wider numbers: M(k) has some k rounding errors,
+// and for t < 0 the sums are differences; `from` receives what they are taken from, or the area in M(0), whose rounding error may
+// grow to as much as itself in M(k) that truly vanish. It ends where the terms shrink and do not count.
 template <class Real>
-Real noncentral_t_by_recurrence(Real t, long df, Real delta) {
-  const Real n = static_cast<Real>(df), a = t / std::sqrt(n), root = std::sqrt(n) / std::hypot(std::sqrt(n), t), b = root * root;
-  const Real pi_half = std::asin(static_cast<Real>(1)),
-             root_two_pi = 2 * std::sqrt(pi_half / 2) * std::sqrt(static_cast<Real>(2));
-  const Real shift = delta * root;
-  Real even = t / std::hypot(std::sqrt(n), t) * normal_density(shift) * normal_area(delta * a * root);  // M(0)
-  Real odd = b * (delta * a * even + a * normal_density(delta) / root_two_pi);                          // M(1)
-  Real factor = 1, sum_even = even, sum_odd = odd;                                                      // factor: a(k)
+Real noncentral_t_by_recurrence(Real t, long df, Real delta, Real& from) {
+  using Wide = std::conditional_t<sizeof(Real) == sizeof(float), double, long double>;
+  const Wide x = static_cast<Wide>(t), d = static_cast<Wide>(delta), n = static_cast<Wide>(df), square = n + x * x;
+  const Wide root_n = std::sqrt(n), root = std::sqrt(square), a = x / root_n, b = n / square, slant = d * a,
+             shift = d * root_n / root;
+  const Wide pi_half = std::asin(static_cast<Wide>(1)), root_two_pi = std::sqrt(4 * pi_half);
+  const Wide area = static_cast<Wide>(normal_area(static_cast<Real>(d * x / root)));
+  Wide even = x / root * (bell<Real>(shift) / root_two_pi) * area;                  // M(0)
+  Wide odd = b * (slant * even + a * bell<Real>(d) / (root_two_pi * root_two_pi));  // M(1)
+  Wide factor = 1, sum_even = even, sum_odd = odd;                                  // factor: a(k)
+  const Wide least = static_cast<Wide>(1e-25), shrinking = static_cast<Wide>(0.99);
   for (long k = 2; k <= df - 2; ++k) {
-    const Real r = static_cast<Real>(k);
+    const Wide r = static_cast<Wide>(k);
     if (k > 2) factor = 1 / ((r - 2) * factor);
-    Real& own = k % 2 == 0 ? even : odd;
-    const Real other = k % 2 == 0 ? odd : even;
-    own = (r - 1) / r * b * (factor * delta * a * other + own);
+    Wide& own = k % 2 == 0 ? even : odd;
+    const Wide other = k % 2 == 0 ? odd : even;
+    own = (r - 1) * b * (factor * slant * other + own) / r;
     (k % 2 == 0 ? sum_even : sum_odd) += own;
+    if (std::abs(own) < least && std::abs(other) < least && b * (1 + factor * std::abs(slant)) < shrinking) break;
   }
-  if (df % 2 == 0) return normal_area(-delta) + root_two_pi * sum_even;
-  return normal_area(-shift) + 2 * l_b1nnt(shift, a) + (df > 1 ? 2 * sum_odd : 0);
+  const Real h = static_cast<Real>(df % 2 == 0 ? d : shift), least_from = t < 0 ? static_cast<Real>(area) : 0;
+  const Real first = normal_area(-h);
+  from = first > least_from ? first : least_from;
+  if (df % 2 == 0) return first + static_cast<Real>(root_two_pi * sum_even);
+  return first + 2 * l_b1nnt(h, static_cast<Real>(a)) + (df > 1 ? static_cast<Real>(2 * sum_odd) : 0);
 }
 
 // The distribution as the integral of normal_area(t e^u - delta) times the density of u = log(chi/sqrt(df)), by the trapezoidal
@@ -226,10 +247,19 @@ inline double noncentral_t_by_rule(double t, double df, double delta) {
   // The narrowest feature of the integrand: the hump of the density, or the step of the area.
   const double sharpest = std::sqrt(2 * df) + (t * delta > 0 ? std::abs(delta) : 0) + 2;
   if (sharpest > 1000 * std::sqrt(2 * df)) return Machine<double>::not_a_number;  // too many terms
-  const double step = 0.65 / sharpest;
-  // Far out in the lower tail the peak lies near -log|t|.
-  const double peak = find_peak([=](double u) { return f.logarithm(u); }, -50 - std::log1p(std::abs(t)), 5, step),
-               top = f.logarithm(peak);
+  // An integrand of exp(-e^2u) needs a step of its own, however wide the hump is.
+  const double step = sharpest < 5.4 ? 0.12 : 0.65 / sharpest;
+  // The density alone has its peak at 0, the area draws it to larger |t e^u| (t > 0) or smaller: to near -log|t| far out.
+  const double width = (t > 0 ? 1 : -1) / std::sqrt(2 * df);
+  double reach = width, last = f.logarithm(0), next = f.logarithm(width);
+  for (; !(next < last) && std::abs(reach) < 800; next = f.logarithm(reach)) {
+    last = next;
+    reach *= 2;
+  }
+  const double low = reach < 0 ? reach : reach / 4, high = reach < 0 ? reach / 4 : reach;
+  const double peak =
+      reach == width ? 0 : find_peak([=](double u) { return f.logarithm(u); }, low, high, step > width ? step : std::abs(width));
+  const double top = f.logarithm(peak);
   double sum = 1;
   for (int side = -1; side <= 1; side += 2) {
     for (int i = 1;; ++i) {
@@ -244,7 +274,9 @@ inline double noncentral_t_by_rule(double t, double df, double delta) {
   return sum * step * std::exp(top + constant);
 }
 
-inline constexpr long longest_recurrence = 400;
+// Where the sums of the recurrence leave less than this of what they are taken from, too many digits have cancelled.
+inline constexpr long longest_recurrence = 150;
+inline constexpr double least_by_recurrence = 0.02;
 
 template <class Real>
 inline Real noncentral_t(Real t, long df, Real delta) {
@@ -257,12 +289,13 @@ inline Real noncentral_t(Real t, long df, Real delta) {
     const Real area = ratio > static_cast<Real>(1e10) ? 1 : gamma_ratio(n / 2 * ratio * ratio, n / 2);
     return delta > 0 ? 1 - area : area;
   }
-  Real value = -1;
-  if (df <= longest_recurrence) value = noncentral_t_by_recurrence(t, df, delta);
-  if (!(value > static_cast<Real>(0.002))) {
-    const Real other = static_cast<Real>(noncentral_t_by_rule(shown(t), static_cast<double>(df), shown(delta)));
-    if (other == other) {
-      value = other;
+  Real value = -1, from = 1;
+  if (df <= longest_recurrence) value = noncentral_t_by_recurrence(t, df, delta, from);
+  if (!(value > 0) || !(value > static_cast<Real>(least_by_recurrence) * from)) {
+    const double sign = t > delta ? -1 : 1;  // the smaller tail: a sum near 1 may stop short of it
+    const double tail = noncentral_t_by_rule(sign * shown(t), static_cast<double>(df), sign * shown(delta));
+    if (tail == tail) {
+      value = static_cast<Real>(sign < 0 ? 1 - tail : tail);
     } else if (value == -1) {  // chi is a constant, nearly, beside so large a delta
       const Real n = static_cast<Real>(df);
       value = normal_area((t * (1 - 1 / (4 * n)) - delta) / std::sqrt(1 + t / (2 * n) * t));
@@ -291,7 +324,8 @@ Real l_non_central_t_cdf(Real t, long df, Real delta) {
 template <class Real>
 Point<Real> noncentral_t_quantile(Real p, long df, Real delta) {
   const auto f = [=](Real t) { return noncentral_t(t, df, delta) - p; };
-  const Real tolerance = 10 * Machine<Real>::epsilon, tiny = Machine<Real>::smallest;
+  const Real tolerance = 10 * Machine<Real>::epsilon;
+  const Real tiny = Machine<Real>::epsilon / 8 / (1 + std::abs(delta));  // near t = 0 such a width does not change f
   Real low = delta, low_value = f(low), length = static_cast<Real>(1.05), high = low, high_value = low_value;
   if (low_value == 0) return {low, Search::found};
   const bool upwards = low_value < 0;

@@ -13,11 +13,26 @@ inline constexpr Real root_half = static_cast<Real>(0.7071067811865476);
 template <class Real>
 inline constexpr Real pi = static_cast<Real>(3.14159265358979323846);
 
-// Total: an underflow of erfc is a plain 0 here.
+// x sqrt(1/2) less its rounded value z: the rounding error of the product, by exact products of halves, and that of the constant.
+template <class Real>
+[[gnu::always_inline]] inline Real root_half_rest(Real x, Real z) {
+  constexpr bool is_single = sizeof(Real) == sizeof(float);
+  constexpr Real root = root_half<Real>, root_rest = static_cast<Real>(0.70710678118654752440L - root);
+  constexpr Real splitter = is_single ? 4097 : 134217729;
+  constexpr Real root_high = root * splitter - (root * splitter - root), root_low = root - root_high;
+  const Real split = x * splitter, high = split - (split - x), low = x - high;
+  return ((high * root_high - z) + high * root_low + low * root_high) + low * root_low + x * root_rest;
+}
+
+// Total: an underflow of erfc is a plain 0 here. In the lower tail the rounding of the argument would cost as many epsilon as its
+// square.
 template <class Real>
 [[gnu::always_inline]] inline Real normal_area(Real x) {
+  const Real z = -x * root_half<Real>;
   Real area = 0;
-  return functions::plain_erfc(-x * root_half<Real>, area) ? static_cast<Real>(0.5) * area : 0;
+  if (!functions::plain_erfc(z, area)) return 0;
+  if (z > 1) area -= area * (2 * z) * root_half_rest(-x, z);
+  return static_cast<Real>(0.5) * area;
 }
 template <class Real>
 inline bool plain_normal_cdf(Real x, Real& value) {
@@ -31,13 +46,9 @@ Real l_normal_cdf(Real x) {
 
 template <class Real>
 inline bool plain_normal_inverse_cdf(Real p, Real& value) {
-  if (p != p) {
-    value = p;
-    return true;
-  }
   if (!functions::plain_erfc_inverse(2 * p, value)) return false;
-  value *= -static_cast<Real>(1.41421356237309504880);
-  return is_open_probability(p);
+  value = 0 - value * static_cast<Real>(1.41421356237309504880);  // 0, not -0, at a half
+  return true;
 }
 template <class Real>
 Real l_normal_inverse_cdf(Real p) {

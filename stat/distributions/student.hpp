@@ -125,14 +125,16 @@ Real t_quantile(Real q, Real df) {
   functions::plain_log_beta(df / 2, static_cast<Real>(0.5), log_beta_ab);
   const Real peak = df < static_cast<Real>(1e15) ? 2 * std::exp(-log_beta_ab) / std::sqrt(df) : std::sqrt(2 / pi<Real>);
   Real t = hill_start(q, df), low = 0, high = Machine<Real>::infinity;
-  if (!(t > 0) || t > Machine<Real>::largest) t = 1;
+  if (!(t > 0) || t > Machine<Real>::largest) t = std::sqrt(df) * std::exp(-(log_beta_ab + std::log(df / 2 * q)) / df);
   for (int i = 0; i < 200; ++i) {
     const Real area = t_area(t, df);
     if (std::abs(area - q) <= Machine<Real>::epsilon / 2 * q) return t;
     (area > q ? low : high) = t;
     const Real r = t / df * t;
-    // t times the density of |t| over the area: minus the logarithmic derivative of the area.
-    const Real slope = t * peak * (r < 1 ? std::exp(-(df + 1) / 2 * std::log1p(r)) : std::pow(1 + r, -(df + 1) / 2)) / area;
+    // t times the density of |t| over the area: minus the logarithmic derivative of the area, in the end that of a power.
+    const Real slope = r > 1 / (Machine<Real>::epsilon * Machine<Real>::epsilon)
+                           ? df
+                           : t * peak * (r < 1 ? std::exp(-(df + 1) / 2 * std::log1p(r)) : std::pow(1 + r, -(df + 1) / 2)) / area;
     const Real newton = std::log(area / q) / slope;
     const Real bend = newton * (1 - (df + 1) * (r / (1 + r)) + slope) / 2;
     const Real step = bend > static_cast<Real>(-0.5) && bend < 2 ? newton / (1 + bend) : newton;

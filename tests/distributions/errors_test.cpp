@@ -55,6 +55,7 @@ TEST(DistributionErrors, Normal) {
       ROW(zents_d_normal_inverse_cdf(infinity), none, 5, STAT_NEED_ZERO_LT_P_LT_ONE),
       ROW(zents_d_normal_inverse_cdf(1 - 0x1p-53), 8.209536151601387, 3, STAT_LARGE_ARG_WARN),
       ROW(zents_d_normal_inverse_cdf(5e-324), -38.46740561714434, 0, 0),
+      ROW(1 / zents_d_normal_inverse_cdf(0.5), infinity, 0, 0),
       ROW(zents_d_bivariate_normal_cdf(0, 0, 1.5), none, 5, STAT_NEED_ABS_RHO_LE_1),
       ROW(zents_f_bivariate_normal_cdf(0, 0, -2), none, 5, STAT_NEED_ABS_RHO_LE_1),
       ROW(zents_d_bivariate_normal_cdf(1, 2, 1), 0.8413447460685429, 0, 0),
@@ -72,6 +73,7 @@ TEST(DistributionErrors, Normal) {
 
 TEST(DistributionErrors, ChiSquaredAndGamma) {
   check({
+      ROW(zents_d_chi_squared_cdf(1.75e308, 1.75e308), 0.5, 0, 0),
       ROW(zents_d_chi_squared_cdf(-1, 0.1), 0, 1, STAT_ARG_LESS_THAN_ZERO),
       ROW(zents_d_chi_squared_cdf(1, 0.4), none, 5, STAT_DF_MUST_BE_GE_POINT_5),
       ROW(zents_d_chi_squared_cdf(1, 0.5), 0.8464864041916776, 0, 0),
