@@ -1,14 +1,12 @@
 #!/usr/bin/env python3
 """Reference values of the Bessel, Airy, Kelvin, Fresnel and elliptic functions to 25 digits, by mpmath.
 
-    reference_bessel.py                writes tests/data/functions/bessel.tsv and bessel_sequences.tsv
-    reference_bessel.py LIBRARY [n]    measures the functions of a shared library at n points each (default 150) and prints the
-                                       greatest errors in units of epsilon of the precision, single and double
+    reference_bessel.py    writes tests/data/functions/bessel.tsv and bessel_sequences.tsv
+    reference_bessel.py 100 bench/accuracy/bessel.tsv    100 points a function for bench_accuracy, to 40 digits
 
-An error is relative to the value; for functions that oscillate, to the modulus of the function and its companion.
+The scale of an error is the value; for functions that oscillate, the modulus of the function and its companion.
 """
 
-import ctypes
 import os
 import random
 import struct
@@ -175,60 +173,93 @@ def write():
                 out.write('\t'.join(row) + '\n')
 
 
-def measure(library, n):
-    lib = ctypes.CDLL(library)
-    print(f'{"function":28} {"double":>8} {"single":>8}   worst double argument')
-    for name in REAL:
-        worst = []
-        where = None
-        for letter, real, eps, double in (('d', ctypes.c_double, 2.0 ** -52, True), ('f', ctypes.c_float, 2.0 ** -23, False)):
-            f = getattr(lib, f'zent_{letter}_{name}')
-            f.restype = real
-            f.argtypes = [real] * len(REAL[name][2])
-            top = mp.mpf(0)
-            for x in points(name, n, random.Random(name), double):
-                value, scale = reference(name, x)
-                if abs(value) < (2.0 ** -1022 if double else 2.0 ** -126):
-                    continue
-                got = f(*x)
-                error = abs(mp.mpf(got) - value) / scale / eps
-                if not error <= top:
-                    top = error
-                    if double:
-                        where = x
-            worst.append(top)
-        print(f'{name:28} {mp.nstr(worst[0], 3):>8} {mp.nstr(worst[1], 3):>8}   {where}', flush=True)
+# The points of the accuracy table: ranges as above (None: of double precision only), and where one formula gives way to another.
+tail = (1e-290, 1e-3, True)
+far_phase = (-1e10, -1000, True)
+GREAT = [(80, 1e15, True)]
+MEASURED = {
+    'bessel_exp_I0': ([tail, (0, 3, False), (3, 8, False), (8, 60, False)] + GREAT, [], (3, 8)),
+    'bessel_exp_K0': ([tail, (1e-3, 2, True), (0, 2, False), (2, 8, False), (8, 60, False)] + GREAT, [], (2, 8)),
+    'bessel_I0': ([tail, (0, 3, False), (3, 8, False), (8, 88, False)], [(88, 709.7, False)], (3, 8)),
+    'airy_Ai': ([tail, (-1, 1, False), (1, 4, False), (4, 25, False), (-4, -1, False), (-60, -4, False), (-1000, -60, True)],
+                [(25, 104, False), far_phase], (-4, -2, -1, 1, 2, 4)),
+    'kelvin_ber0': ([(1e-9, 1, True), (0, 5, False), (5, 10, False), (10, 119, False)], [tail], (5, 10)),
+    'kelvin_ker0': ([(1e-9, 1, True), (0, 2, False), (2, 10, False), (10, 110, False)], [tail, (110, 950, False)], (2, 10)),
+}
+for _like, _names in (('bessel_exp_I0', ['bessel_exp_I1']), ('bessel_exp_K0', ['bessel_exp_K1']), ('bessel_I0', ['bessel_I1']),
+                      ('airy_Ai', ['airy_Ai_derivative', 'airy_Bi', 'airy_Bi_derivative']),
+                      ('kelvin_ber0', ['kelvin_bei0', 'kelvin_ber0_derivative', 'kelvin_bei0_derivative']),
+                      ('kelvin_ker0', ['kelvin_kei0', 'kelvin_ker0_derivative', 'kelvin_kei0_derivative'])):
+    MEASURED.update((_name, MEASURED[_like]) for _name in _names)
 
 
-def measure_sequences(library, n):
-    lib = ctypes.CDLL(library)
-    for kind in 'IJKY':
-        line = f'bessel_{kind}x'.ljust(28)
-        for letter, real, eps, double in (('z', ctypes.c_double, 2.0 ** -52, True), ('c', ctypes.c_float, 2.0 ** -23, False)):
-            f = getattr(lib, f'zent_{letter}_bessel_{kind}x_adr')
-            f.restype = ctypes.c_void_p
-            top = (mp.mpf(0), None)
-            for nu, z in sequence_points(n, random.Random(kind), not double):
-                out = (real * 8)()
-                argument = (real * 2)(z.real, z.imag)
-                order = real(nu)
-                f(ctypes.byref(order), argument, ctypes.c_long(4), ctypes.c_int(10260), out, ctypes.c_int(0))
-                for k in range(4):
-                    v = mp.mpc(sequence(kind, mp.mpf(nu) + k, z))
-                    if not (2.0 ** (-1000 if double else -120) < abs(v) < 2.0 ** (1020 if double else 126)):
-                        break
-                    scale = sequence_scale(kind, mp.mpf(nu) + k, z, v)
-                    error = abs(mp.mpc(out[2 * k], out[2 * k + 1]) - v) / scale / eps
-                    if not error <= top[0]:
-                        top = (error, (nu + k, z, complex(out[2 * k], out[2 * k + 1]), complex(v)))
-            line += f' {mp.nstr(top[0], 3):>8}' + (f'  {top[1]}' if double else '')
-        print(line, flush=True)
+def measured_points(name, n):
+    """Every other one is a number of single precision."""
+    both, double, seams = MEASURED[name]
+    rng = random.Random(name)
+    for k in range(n):
+        if k % 10 == 9:
+            x = rng.choice(seams) * (1 + rng.randint(-3, 3) * 2.0 ** -23)
+        else:
+            x = draw(rng, *rng.choice(both if k % 2 else both + double))
+        yield single(x) if k % 2 and abs(x) > 1e-37 else x
+
+
+def condition(f, x, value, scale):
+    """Relative change of the value for one of the argument; for functions that oscillate at least modulus over value."""
+    h = mp.mpf(10) ** -20
+    return max(abs((f(x * (1 + h)) - value) / (value * h)), scale / abs(value))
+
+
+def accuracy_rows(name, n):
+    f, scale, _ = REAL[name]
+    for x in measured_points(name, n):
+        # the parts of complex references may differ by x^2, and great phases lose their digits
+        mp.mp.dps = 70 + int(3 * abs(mp.log10(abs(x))))
+        value = mp.re(f(mp.mpf(x)))
+        s = scale(mp.mpf(x)) if scale else None
+        if 2.0 ** -1022 < abs(value) < 1.7e308:
+            c = condition(lambda t: mp.re(f(t)), mp.mpf(x), value, abs(value) if s is None else s)
+            yield [name, '1', float(x).hex(), mp.nstr(value, 40), mp.nstr(c, 3)]
+    mp.mp.dps = 40
+
+
+def sequence_rows(kind, n, real):
+    """Arguments order, re z, im z, and which part of the value; order and x for positive z."""
+    rng = random.Random(kind + str(real))
+    for k in range(n):
+        nu, z = next(sequence_points(1, rng, k % 2 == 1))
+        if real:
+            z = complex(single(abs(z)), 0.0)
+        mp.mp.dps = 60
+        value = mp.mpc(sequence(kind, mp.mpf(nu), z))
+        if not 1e-300 < abs(value) < 1e300:
+            continue
+        scale = sequence_scale(kind, mp.mpf(nu), mp.mpc(z), value)
+        c = condition(lambda t: mp.mpc(sequence(kind, mp.mpf(nu), t)), mp.mpc(z), value, scale)
+        part = k // 2 % 2 if z.imag != 0 or value.imag != 0 and not real else 0
+        v = value.imag if part else value.real
+        if v == 0:
+            continue
+        arguments = [nu, z.real] if real else [nu, z.real, z.imag]
+        fields = [float(a).hex() for a in arguments] + ([] if real else [str(part)])
+        name = f'bessel_{kind}x{" (x > 0)" if real else ""}'
+        yield [name, str(len(fields))] + fields + [mp.nstr(v, 40), mp.nstr(c * abs(value) / abs(v), 3)]
+    mp.mp.dps = 40
+
+
+def write_accuracy(n, path):
+    with open(path, 'w') as out:
+        out.write('# Written by tools/reference_bessel.py: function, number of arguments, arguments, value, condition number\n')
+        for name in (name for name in REAL if name in MEASURED):
+            out.writelines('\t'.join(row) + '\n' for row in accuracy_rows(name, n))
+        for real in (True, False):
+            for kind in 'IJKY':
+                out.writelines('\t'.join(row) + '\n' for row in sequence_rows(kind, n, real))
 
 
 if __name__ == '__main__':
     if len(sys.argv) < 2:
         write()
     else:
-        count = int(sys.argv[2]) if len(sys.argv) > 2 else 150
-        measure(sys.argv[1], count)
-        measure_sequences(sys.argv[1], count)
+        write_accuracy(int(sys.argv[1]), sys.argv[2])

@@ -2,9 +2,11 @@
 #include "math/functions/arrays.hpp"
 
 #include "math/functions/beta.hpp"
+#include "math/functions/elliptic.hpp"
 #include "math/functions/erf.hpp"
 #include "math/functions/incomplete_beta.hpp"
 #include "math/functions/incomplete_gamma.hpp"
+#include "zent/bessel.h"
 #include "zent/functions.h"
 
 namespace zent::functions {
@@ -53,11 +55,22 @@ void each(void* function, int arguments, long n, const Real* x, const Real* y, c
     return loop(                                                                                                          \
         PREFIX(name), [](auto a, auto b, auto c, auto& value) { return plain_##name(a, b, c, value); }, n, out, x, y, z); \
   }
-#define ALL                                                                                                  \
-  ONE(erf)                                                                                                   \
-  ONE(erfc)                                                                                                  \
-  ONE(erf_inverse) ONE(erfc_inverse) ONE(gamma) ONE(log_gamma) TWO(beta) TWO(log_beta) TWO(gamma_incomplete) \
-      THREE(beta_incomplete)
+#define ALL                   \
+  ONE(erf)                    \
+  ONE(erfc)                   \
+  ONE(erf_inverse)            \
+  ONE(erfc_inverse)           \
+  ONE(gamma)                  \
+  ONE(log_gamma)              \
+  TWO(beta)                   \
+  TWO(log_beta)               \
+  TWO(gamma_incomplete)       \
+  THREE(beta_incomplete)      \
+  ONE(elliptic_integral_K)    \
+  ONE(elliptic_integral_E)    \
+  THREE(elliptic_integral_RF) \
+  TWO(elliptic_integral_RC)   \
+  THREE(elliptic_integral_RD)
 
 }  // namespace
 

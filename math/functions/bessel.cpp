@@ -86,13 +86,21 @@ Real refuse_not_positive(Real x) {
   return Machine<Real>::not_a_number;
 }
 
+// What the rounding of y = x^2 lost. It counts near x = 2, where K0 and K1 are small against the slope of their series.
+template <class Real>
+Real lost_of_square(Real x, Real y) {
+  return y == 0 ? 0 : std::fma(x, x, -y);
+}
+
 template <class Real>
 Real l_bessel_exp_K0(Real x) {
   if (x > 2) return scaled_k<0>(x);
   if (x != x) return x;
   if (x <= 0) return refuse_not_positive(x);
   const Real y = x > std::sqrt(4 * Machine<Real>::spacing) ? x * x : 0;
-  return std::exp(x) * (-functions::log_of_half(x) * near_i<0>(x) - static_cast<Real>(0.25) + series::evaluate<bk0cs>(y / 2 - 1));
+  const Real slope = static_cast<Real>(0.1057) + y * (static_cast<Real>(0.02884) + y * static_cast<Real>(0.0016));
+  const Real regular = series::evaluate<bk0cs>(y / 2 - 1) - static_cast<Real>(0.25) + slope * lost_of_square(x, y);
+  return std::exp(x) * (regular - functions::log_of_half(x) * near_i<0>(x));
 }
 
 template <class Real>
@@ -107,15 +115,21 @@ Real l_bessel_exp_K1(Real x) {
     return Machine<Real>::not_a_number;
   }
   const Real y = x > std::sqrt(4 * Machine<Real>::spacing) ? x * x : 0;
-  return std::exp(x) *
-         (functions::log_of_half(x) * (x * near_i<1>(x)) + (static_cast<Real>(0.75) + series::evaluate<bk1cs>(y / 2 - 1)) / x);
+  const Real slope = static_cast<Real>(0.0386) - y * (static_cast<Real>(0.0841) + y * static_cast<Real>(0.0097));
+  const Real regular = static_cast<Real>(0.75) + series::evaluate<bk1cs>(y / 2 - 1) + slope * lost_of_square(x, y);
+  return std::exp(x) * (functions::log_of_half(x) * (x * near_i<1>(x)) + regular / x);
 }
 
-// exp(y) times the scaled form, y up to the logarithm of the largest number.
 template <class Real>
 Real refuse_large(Real x, Real limit) {
   raise<Math>(4, MATH_LARGE_ABS_ARG_FATAL, {.r = {static_cast<double>(x), static_cast<double>(limit)}});
   return Machine<Real>::not_a_number;
+}
+
+// exp(y) times the scaled form. At the rounded logarithm of the largest number exp(y) alone may already be infinite.
+template <int order, class Real>
+Real large_i(Real y) {
+  return functions::scaled_exp<Real>(scaled_i<order>(y), {y, 0});
 }
 
 template <class Real>
@@ -123,7 +137,7 @@ Real l_bessel_I0(Real x) {
   const Real y = std::abs(x), limit = std::log(Machine<Real>::largest);
   if (y <= std::sqrt(8 * Machine<Real>::spacing)) return 1;
   if (y <= 3) return near_i<0>(y);
-  if (y <= limit) return std::exp(y) * scaled_i<0>(y);
+  if (y <= limit) return large_i<0>(y);
   return y != y ? x : refuse_large(x, limit);
 }
 
@@ -137,7 +151,7 @@ Real l_bessel_I1(Real x) {
   }
   if (y <= std::sqrt(8 * Machine<Real>::spacing)) return x / 2;
   if (y <= 3) return x * near_i<1>(y);
-  if (y <= limit) return std::copysign(std::exp(y) * scaled_i<1>(y), x);
+  if (y <= limit) return std::copysign(large_i<1>(y), x);
   return refuse_large(x, limit);
 }
 

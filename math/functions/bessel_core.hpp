@@ -8,9 +8,10 @@ namespace zent::functions {
 
 #include "math/functions/tables/bessel_temme.inc"
 
-// Above this modulus Hankel's expansion has all digits, as long as the order is not great too.
+// Above this modulus Hankel's expansion has all digits, as long as the order is not great too: its smallest term is about exp(-2
+// |z|).
 template <class Real>
-inline constexpr Real hankel_modulus = std::is_same_v<Real, float> ? 12 : 25;
+inline constexpr Real hankel_modulus = static_cast<Real>(std::numeric_limits<Real>::digits * 0.3466 + 1.6);
 
 // Neighbouring orders of K exp(z) with a common exponent.
 template <class Real>
@@ -21,9 +22,9 @@ struct KPair {
   void rescale() {
     const Real size = larger_part<Real>(k1);
     if (!(size > 1024 && size <= Machine<Real>::largest)) return;
-    const int k = std::ilogb(size);
-    k0 = {std::scalbn(k0.re, -k), std::scalbn(k0.im, -k)};
-    k1 = {std::scalbn(k1.re, -k), std::scalbn(k1.im, -k)};
+    const int k = Exponents<Real>::of(size);
+    k0 = Exponents<Real>::shift(k0, -k);
+    k1 = Exponents<Real>::shift(k1, -k);
     exponent += k;
   }
 };
@@ -41,7 +42,14 @@ struct Hyperbolic {
   }
 };
 
-// The orders mu and mu + 1 for |z| <= 2, |mu| <= 1/2. N. M. Temme, J. Comput. Phys. 19 (1975).
+// True where Temme's series serves: its terms cancel like exp(|z| + Re z).
+template <class Real>
+bool l_near_zero(Complex<Real> z) {
+  const Real size = modulus<Real>(z);
+  return size <= static_cast<Real>(2.5) && size + z.re <= 3;
+}
+
+// The orders mu and mu + 1 near z = 0, |mu| <= 1/2. N. M. Temme, J. Comput. Phys. 19 (1975).
 template <class Real>
 KPair<Real> l_temme(Real mu, Complex<Real> z) {
   using C = Complex<Real>;
@@ -76,38 +84,52 @@ KPair<Real> l_temme(Real mu, Complex<Real> z) {
   const Scaled<Real> ez = exponential<Real>(z, 1);
   const Scaled<Real> a = scaled<Real>(sum) * ez, b = k1 * ez;
   const int shift = static_cast<int>(std::max(a.exponent - b.exponent, -20000L));
-  return {{std::scalbn(a.value.re, shift), std::scalbn(a.value.im, shift)}, b.value, b.exponent};
+  return {Exponents<Real>::shift(a.value, shift), b.value, b.exponent};
 }
 
-// The same for |z| > 2, by Steed's evaluation of the second continued fraction and the sum that normalizes it.
+// The same further out, by Steed's evaluation of the second continued fraction and the sum that normalizes it.
 // I. J. Thompson, A. R. Barnett, Comput. Phys. Commun. 47 (1987).
-template <class Real>
-KPair<Real> l_steed(Real mu, Complex<Real> z) {
-  using C = Complex<Real>;
-  const C one = {1, 0};
-  const Real a1 = Real(0.25) - mu * mu;
-  C b = {2 * (1 + z.re), 2 * z.im}, d = one / b, h = d, delta = d, q1 = {0, 0}, q2 = one;
+template <class T>
+struct Steed {
+  T h, s;
+};
+template <class T, class Real>
+Steed<T> l_steed_sums(Real a1, T z) {
+  const T one = number<T>(1), two = number<T>(2);
+  T b = Real(2) * (one + z), d = divided(one, b), h = d, delta = d, q1 = number<T>(0), q2 = one;
   Real a = -a1, c = a1;
-  C q = {c, 0}, s = one + q * delta;
+  T q = number<T>(c), s = one + q * delta;
   for (long i = 2; i < 20000; ++i) {
     a -= static_cast<Real>(2 * (i - 1));
     c = -a * c / static_cast<Real>(i);
-    const C q_new = (1 / a) * (q1 - b * q2);
+    const T q_new = (1 / a) * (q1 - b * q2);
     q1 = q2;
     q2 = q_new;
     q += c * q_new;
-    b.re += 2;
-    d = one / (b + a * d);
+    b += two;
+    d = divided(one, b + a * d);
     delta = (b * d - one) * delta;
     h += delta;
-    const C term = q * delta;
+    const T term = q * delta;
     s += term;
     if (kernel::abs1(term) < kernel::abs1(s) * Machine<Real>::spacing / 4) break;
   }
-  h = a1 * h;
-  const Real pi_2 = static_cast<Real>(1.57079632679489661923);
-  const C k0 = square_root<Real>(C{pi_2, 0} / z) / s;
-  const C k1 = k0 * ((C{mu + Real(0.5), 0} + z - h) / z);
+  return {h, s};
+}
+
+template <class Real>
+KPair<Real> l_steed(Real mu, Complex<Real> z) {
+  using C = Complex<Real>;
+  const Real a1 = Real(0.25) - mu * mu, pi_2 = static_cast<Real>(1.57079632679489661923);
+  Steed<C> sums;
+  if (z.im == 0) {
+    const Steed<Real> real = l_steed_sums(a1, z.re);
+    sums = {{real.h, 0}, {real.s, 0}};
+  } else {
+    sums = l_steed_sums(a1, z);
+  }
+  const C k0 = square_root<Real>(C{pi_2, 0} / z) / sums.s;
+  const C k1 = k0 * ((C{mu + Real(0.5), 0} + z - a1 * sums.h) / z);
   return {k0, k1, 0};
 }
 
@@ -133,10 +155,13 @@ Complex<Real> l_hankel(Real nu, Complex<Real> z) {
 
 // I of order nu over I of order nu - 1, from the ratio above it. At a zero of the lower order the divisor may cancel to nothing;
 // what rounding can hide there stands in for it.
-template <class Real>
-Complex<Real> l_next_ratio(Real nu, Complex<Real> z, Complex<Real> ratio) {
-  const Complex<Real> divisor = Complex<Real>{2 * nu, 0} + z * ratio;
-  return z / (divisor == Complex<Real>{0, 0} ? Complex<Real>{nu * Machine<Real>::spacing, 0} : divisor);
+// With z = u x and the ratio u r for a unit u of the given square the same holds for x and r.
+template <class T, class Real>
+T l_next_ratio(Real nu, T z, T ratio, Real square = 1) {
+  T product = z * ratio;
+  if constexpr (!kernel::ComplexRecord<T>) product *= square;
+  const T divisor = number<T>(2 * nu) + product;
+  return divided(z, divisor == number<T>(0) ? number<T>(nu * Machine<Real>::spacing) : divisor);
 }
 
 // True where the continued fraction would need about |z| steps: z is great against the order nu and so near the imaginary axis
@@ -144,8 +169,8 @@ Complex<Real> l_next_ratio(Real nu, Complex<Real> z, Complex<Real> ratio) {
 // `start` at which Hankel's expansion serves. Each order lets the solutions part by the factor exp(2 Re asinh(nu / z)).
 template <class Real>
 bool l_turns(Real nu, Complex<Real> z, Real size, Real& start) {
-  const Real great = 100, most = 1;
-  if (size < great || 2 * nu > size) return false;
+  const Real most = 1;
+  if (size < hankel_modulus<Real> || 2 * nu > size) return false;
   Real parted = 0;
   constexpr int parts = 8;
   for (int k = 0; k < parts; ++k) {
@@ -157,6 +182,24 @@ bool l_turns(Real nu, Complex<Real> z, Real size, Real& start) {
   const Real low = std::floor(std::sqrt(2 * size) - 2);
   start = nu - std::ceil(nu - low);
   return start >= 0 && start < nu;
+}
+
+// That ratio by the continued fraction, from the order at which the denominators are so great that what lies beyond does not
+// count.
+template <class T, class Real>
+T l_fraction(Real nu, T z, Real square) {
+  const T inverse_z = number<T>(2) / z;
+  T before = number<T>(1), now = (nu + 1) * inverse_z;
+  const Real wanted = 100 * std::max(kernel::abs1(now), Real(1)) / Machine<Real>::spacing;
+  long j = 1;
+  for (; kernel::abs1(now) * kernel::abs1(before) < wanted; ++j) {
+    const T next = (nu + static_cast<Real>(j + 1)) * (inverse_z * now) + square * before;
+    before = now;
+    now = next;
+  }
+  T r = number<T>(0);
+  for (; j >= 0; --j) r = l_next_ratio(nu + static_cast<Real>(j + 1), z, r, square);
+  return r;
 }
 
 // I of order nu + 1 over I of order nu, the start of the backward recurrence.
@@ -176,22 +219,9 @@ Complex<Real> l_c4is(Real nu, Complex<Real> z) {
     }
     return r;
   }
-  // Denominators of the continued fraction until they are so great that what lies beyond does not count.
-  const C inverse_z = C{2, 0} / z;
-  C before = {1, 0}, now = (nu + 1) * inverse_z;
-  const Real wanted = 100 * std::max(kernel::abs1(now), Real(1)) / Machine<Real>::spacing;
-  long j = 1;
-  for (; kernel::abs1(now) * kernel::abs1(before) < wanted; ++j) {
-    const C next = (nu + static_cast<Real>(j + 1)) * (inverse_z * now) + before;
-    before = now;
-    now = next;
-  }
-  C r = {0, 0};
-  for (; j >= 0; --j) {
-    const Real order = nu + static_cast<Real>(j + 1);
-    r = l_next_ratio<Real>(order, z, r);
-  }
-  return r;
+  if (z.im == 0) return {l_fraction<Real, Real>(nu, z.re, 1), 0};
+  if (z.re == 0) return {0, l_fraction<Real, Real>(nu, z.im, -1)};
+  return l_fraction<C, Real>(nu, z, 1);
 }
 
 // a b - 1 for b close to 1/a, to nearly all digits: the products in two parts, the great terms first.
@@ -217,7 +247,7 @@ struct Run {
   Run(Real mu, long first, C z)
       : growing(exponential<Real>(z, 1)),
         falling(exponential<Real>(z, -1)),
-        k(modulus<Real>(z) <= 2 ? l_temme<Real>(mu, z) : l_steed<Real>(mu, z)) {
+        k(l_near_zero<Real>(z) ? l_temme<Real>(mu, z) : l_steed<Real>(mu, z)) {
     const Scaled<Real> s = scaled<Real>(z);
     inverse_z = inverse(s);
     const Real unit = std::scalbn(Real(1), static_cast<int>(inverse_z.exponent + s.exponent));
@@ -225,8 +255,8 @@ struct Run {
     factor = inverse_z.value;
     if (inverse_z.exponent < far) {
       const int shift = static_cast<int>(std::max(inverse_z.exponent, -20000L));
-      factor = {std::scalbn(factor.re, shift), std::scalbn(factor.im, shift)};
-      factor_low = {std::scalbn(factor_low.re, shift), std::scalbn(factor_low.im, shift)};
+      factor = Exponents<Real>::shift(factor, shift);
+      factor_low = Exponents<Real>::shift(factor_low, shift);
     }
     for (long j = 1; j <= first; ++j) step(mu + static_cast<Real>(j));
   }
@@ -241,8 +271,8 @@ struct Run {
       k.k1 = sum;
     } else {
       const int shift = static_cast<int>(std::max(-e, -20000L));
-      k.k1 = {std::scalbn(k.k1.re, shift), std::scalbn(k.k1.im, shift)};
-      k.k0 = {std::scalbn(k.k0.re, shift), std::scalbn(k.k0.im, shift)};
+      k.k1 = Exponents<Real>::shift(k.k1, shift);
+      k.k0 = Exponents<Real>::shift(k.k0, shift);
       const C sum = next + k.k0;
       k.k0 = k.k1;
       k.k1 = sum;
@@ -267,7 +297,7 @@ void l_ratios(Real nu, Complex<Real> z, long n, Complex<Real>* ratio) {
   C r = l_c4is<Real>(nu + static_cast<Real>(n - 1), z);
   ratio[n - 1] = r;
   for (long j = n - 2; j >= 0; --j) {
-    r = l_next_ratio<Real>(nu + static_cast<Real>(j + 1), z, r);
+    r = l_next_ratio(nu + static_cast<Real>(j + 1), z, r);
     ratio[j] = r;
   }
 }

@@ -3,7 +3,10 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
+#include <limits>
 #include <type_traits>
 
 #include "runtime/kernels/complex.hpp"
@@ -19,6 +22,48 @@ Real larger_part(Complex<Real> z) {
   return std::max(std::abs(z.re), std::abs(z.im));
 }
 
+// std::ilogb and std::scalbn, without a call for all but denormal numbers and exponents at the ends of the range.
+template <class Real>
+struct Exponents {
+  using Word = std::conditional_t<std::is_same_v<Real, float>, std::uint32_t, std::uint64_t>;
+  static constexpr int digits = std::numeric_limits<Real>::digits - 1, bias = std::numeric_limits<Real>::max_exponent - 1;
+
+  static int of(Real size) {
+    const int e = static_cast<int>(std::bit_cast<Word>(size) >> digits);
+    return e == 0 ? std::ilogb(size) : e - bias;
+  }
+  static Complex<Real> shift(Complex<Real> z, int k) {
+    if (k <= -bias || k > bias) return {std::scalbn(z.re, k), std::scalbn(z.im, k)};
+    const Real power = std::bit_cast<Real>(static_cast<Word>(k + bias) << digits);
+    return {z.re * power, z.im * power};
+  }
+};
+
+// a / b with one division, for denominators whose square is in range.
+template <class Real>
+Complex<Real> quotient(Complex<Real> a, Complex<Real> b) {
+  const Real scale = 1 / (b.re * b.re + b.im * b.im);
+  return {(a.re * b.re + a.im * b.im) * scale, (a.im * b.re - a.re * b.im) * scale};
+}
+
+// The same templates run over real numbers, where the argument is one, in a quarter of the time.
+template <class T>
+T number(kernel::RealOf<T> x) {
+  if constexpr (kernel::ComplexRecord<T>) {
+    return {x, 0};
+  } else {
+    return x;
+  }
+}
+template <class T>
+T divided(T a, T b) {
+  if constexpr (kernel::ComplexRecord<T>) {
+    return quotient<kernel::RealOf<T>>(a, b);
+  } else {
+    return a / b;
+  }
+}
+
 // value 2^exponent
 template <class Real>
 struct Scaled {
@@ -29,8 +74,8 @@ struct Scaled {
   void normalize() {
     const Real size = larger_part<Real>(value);
     if (!(size > 0 && size <= Machine<Real>::largest)) return;
-    const int k = std::ilogb(size);
-    value = {std::scalbn(value.re, -k), std::scalbn(value.im, -k)};
+    const int k = Exponents<Real>::of(size);
+    value = Exponents<Real>::shift(value, -k);
     exponent += k;
   }
 };
@@ -41,9 +86,10 @@ Scaled<Real> scaled(Complex<Real> z, long exponent = 0) {
   s.normalize();
   return s;
 }
+// Products and inverses of a few normalized values stay so close to 1 that they need no normalizing.
 template <class Real>
 Scaled<Real> operator*(Scaled<Real> a, Scaled<Real> b) {
-  return scaled<Real>(a.value * b.value, a.exponent + b.exponent);
+  return {a.value * b.value, a.exponent + b.exponent};
 }
 template <class Real>
 Scaled<Real> operator+(Scaled<Real> a, Scaled<Real> b) {
@@ -51,19 +97,18 @@ Scaled<Real> operator+(Scaled<Real> a, Scaled<Real> b) {
   if (larger_part<Real>(b.value) == 0) return a;
   if (a.exponent < b.exponent) std::swap(a, b);
   const int shift = static_cast<int>(std::max(b.exponent - a.exponent, -2000L));
-  const Complex<Real> low = {std::scalbn(b.value.re, shift), std::scalbn(b.value.im, shift)};
-  return scaled<Real>(a.value + low, a.exponent);
+  return scaled<Real>(a.value + Exponents<Real>::shift(b.value, shift), a.exponent);
 }
 template <class Real>
 Scaled<Real> inverse(Scaled<Real> a) {
-  return scaled<Real>(Complex<Real>{1, 0} / a.value, -a.exponent);
+  return {quotient<Real>({1, 0}, a.value), -a.exponent};
 }
 
 // The plain number: zero or infinite parts where the range ends.
 template <class Real>
 Complex<Real> plain(Scaled<Real> a) {
   const int e = static_cast<int>(std::clamp(a.exponent, -20000L, 20000L));
-  return {std::scalbn(a.value.re, e), std::scalbn(a.value.im, e)};
+  return Exponents<Real>::shift(a.value, e);
 }
 
 template <class Real>
@@ -97,23 +142,28 @@ Scaled<Real> exponential(Complex<Real> z, Real sign) {
   return {{size * std::cos(b), b == 0 ? b : size * std::sin(b)}, static_cast<long>(k)};
 }
 
+// i^k z
+template <class Real>
+Complex<Real> quarter_turns(Complex<Real> z, long k) {
+  switch (k & 3) {
+    case 0:
+      return z;
+    case 1:
+      return {-z.im, z.re};
+    case 2:
+      return {-z.re, -z.im};
+    default:
+      return {z.im, -z.re};
+  }
+}
+
 // exp(i pi t), exact where t is a multiple of 1/2.
 template <class Real>
 Complex<Real> turn(Real t) {
   const Real reduced = t - 2 * std::nearbyint(t / 2);  // in -1 to 1
   const Real quarters = std::nearbyint(2 * reduced);
   const Real rest = static_cast<Real>(3.14159265358979323846) * (reduced - quarters / 2);
-  const Real c = std::cos(rest), s = std::sin(rest);
-  switch (static_cast<int>(quarters) & 3) {
-    case 0:
-      return {c, s};
-    case 1:
-      return {-s, c};
-    case 2:
-      return {-c, -s};
-    default:
-      return {s, -c};
-  }
+  return quarter_turns<Real>({std::cos(rest), std::sin(rest)}, static_cast<long>(quarters));
 }
 
 }  // namespace zent::functions

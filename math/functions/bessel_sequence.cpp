@@ -1,4 +1,5 @@
 // Sequences of Bessel functions I, J, K, Y of complex argument.
+#include "math/functions/bessel_arrays.hpp"
 #include "math/functions/bessel_core.hpp"
 #include "runtime/options.hpp"
 #include "zent/bessel.h"
@@ -47,6 +48,13 @@ Complex<Real> conjugate_if(bool condition, Complex<Real> z) {
   return condition ? Complex<Real>{z.re, -z.im} : z;
 }
 
+// i^k z as a factor.
+template <class Record>
+auto turned(Record z, long k) {
+  using Real = decltype(z.re);
+  return Scaled<Real>{functions::quarter_turns<Real>(z, k), 0};
+}
+
 // Every worker stores n values of its function; argument and orders are valid and z is not 0.
 
 // I: from the right half plane by I(-w) = exp(+-i pi nu) I(w).
@@ -56,15 +64,13 @@ void l_c3is(Order<Real> order, Complex<Real> z, long n, Complex<Real>* out) {
   const Complex<Real> w = left ? Complex<Real>{-z.re, -z.im} : z;
   const Real side = std::signbit(z.im) ? -1 : 1;
   functions::l_ratios<Real>(order.fraction + static_cast<Real>(order.whole), w, n, out);
+  const Complex<Real> unit = functions::turn<Real>(side * order.fraction);
   Run<Real> run(order.fraction, order.whole, w);
   for (long k = 0; k < n; ++k) {
     Scaled<Real> value = run.value_i(out[k]);
-    if (left) {
-      const Complex<Real> unit = functions::turn<Real>(side * (order.fraction + static_cast<Real>((order.whole + k) & 1)));
-      value = value * Scaled<Real>{unit, 0};
-    }
+    if (left) value = value * turned(unit, 2 * (order.whole + k));
     out[k] = plain(value);
-    run.step(order.fraction + static_cast<Real>(order.whole + k + 1));
+    if (k + 1 < n) run.step(order.fraction + static_cast<Real>(order.whole + k + 1));
   }
 }
 
@@ -75,15 +81,15 @@ void l_c2ks(Order<Real> order, Complex<Real> z, long n, Complex<Real>* out) {
   const Complex<Real> w = left ? Complex<Real>{-z.re, -z.im} : z;
   const Real side = std::signbit(z.im) ? -1 : 1, pi = static_cast<Real>(3.14159265358979323846);
   if (left) functions::l_ratios<Real>(order.fraction + static_cast<Real>(order.whole), w, n, out);
+  const Complex<Real> unit = functions::turn<Real>(-side * order.fraction);
   Run<Real> run(order.fraction, order.whole, w);
   for (long k = 0; k < n; ++k) {
     Scaled<Real> value = run.value_k();
     if (left) {
-      const Complex<Real> unit = functions::turn<Real>(-side * (order.fraction + static_cast<Real>((order.whole + k) & 1)));
-      value = value * Scaled<Real>{unit, 0} + run.value_i(out[k]) * functions::scaled<Real>({0, -side * pi});
+      value = value * turned(unit, 2 * (order.whole + k)) + run.value_i(out[k]) * functions::scaled<Real>({0, -side * pi});
     }
     out[k] = plain(value);
-    run.step(order.fraction + static_cast<Real>(order.whole + k + 1));
+    if (k + 1 < n) run.step(order.fraction + static_cast<Real>(order.whole + k + 1));
   }
 }
 
@@ -93,11 +99,11 @@ void l_cbjs(Order<Real> order, Complex<Real> z, long n, Complex<Real>* out) {
   const bool below = std::signbit(z.im);
   const Complex<Real> w = {std::abs(z.im), -z.re};
   functions::l_ratios<Real>(order.fraction + static_cast<Real>(order.whole), w, n, out);
+  const Complex<Real> unit = functions::turn<Real>(order.fraction / 2);
   Run<Real> run(order.fraction, order.whole, w);
   for (long k = 0; k < n; ++k) {
-    const Real quarter = (order.fraction + static_cast<Real>((order.whole + k) & 3)) / 2;
-    out[k] = conjugate_if<Real>(below, plain(run.value_i(out[k]) * Scaled<Real>{functions::turn<Real>(quarter), 0}));
-    run.step(order.fraction + static_cast<Real>(order.whole + k + 1));
+    out[k] = conjugate_if<Real>(below, plain(run.value_i(out[k]) * turned(unit, order.whole + k)));
+    if (k + 1 < n) run.step(order.fraction + static_cast<Real>(order.whole + k + 1));
   }
 }
 
@@ -108,18 +114,14 @@ void l_c2ys(Order<Real> order, Complex<Real> z, long n, Complex<Real>* out) {
   const Complex<Real> w = {std::abs(z.im), -z.re};
   const Real two_over_pi = static_cast<Real>(0.63661977236758134308);
   if (!real) functions::l_ratios<Real>(order.fraction + static_cast<Real>(order.whole), w, n, out);
+  const Complex<Real> unit = functions::turn<Real>(order.fraction / 2), back = {unit.re, -unit.im};
   Run<Real> run(order.fraction, order.whole, w);
   for (long k = 0; k < n; ++k) {
-    const Real quarter = (order.fraction + static_cast<Real>((order.whole + k) & 3)) / 2;
     // i times -H is -2/pi exp(-i pi nu / 2) K; for real z the real part of it is Y.
-    Scaled<Real> value =
-        run.value_k() * Scaled<Real>{functions::turn<Real>(-quarter), 0} * functions::scaled<Real>({-two_over_pi, 0});
-    if (!real) {
-      const Complex<Real> unit = functions::turn<Real>(quarter + Real(0.5));
-      value = value + run.value_i(out[k]) * Scaled<Real>{unit, 0};
-    }
+    Scaled<Real> value = run.value_k() * turned(-two_over_pi * back, -(order.whole + k));
+    if (!real) value = value + run.value_i(out[k]) * turned(unit, order.whole + k + 1);
     out[k] = conjugate_if<Real>(below, plain(value));
-    run.step(order.fraction + static_cast<Real>(order.whole + k + 1));
+    if (k + 1 < n) run.step(order.fraction + static_cast<Real>(order.whole + k + 1));
   }
 }
 
@@ -236,3 +238,38 @@ ZENT_FORMS(K, k)
 ZENT_FORMS(Y, y)
 #undef ZENT_FORMS
 #undef ZENT_FORM
+
+namespace zent::functions {
+
+namespace {
+
+template <class Function, class Real>
+void each(Function function, const Function* forms, const char* const* names, Real order, const Complex<Real>* z, long count,
+          long n, Complex<Real>* out) {
+  int kind = 0;
+  while (kind < 3 && forms[kind] != function) ++kind;
+  for (long k = 0; k < count; ++k) {
+    const Complex<Real> argument = z[k];
+    Complex<Real>* const row = n > 0 ? out + k * n : out;
+    for (long j = 0; j < n; ++j) row[j] = {Machine<Real>::not_a_number, Machine<Real>::not_a_number};
+    scalar_call<Math>(names[kind], [=] {
+      return l_bessel_sequence<Real>(static_cast<Kind>(kind), order, argument, n, SequenceOptions<Real>{row});
+    });
+  }
+}
+
+}  // namespace
+
+#define ZENT_LOOP(P, Real, Function)                                                                                   \
+  void apply(Function function, Real order, const Complex<Real>* z, long count, long n, Complex<Real>* out) {          \
+    static constexpr Function forms[] = {zent_##P##_bessel_Ix_adr, zent_##P##_bessel_Jx_adr, zent_##P##_bessel_Kx_adr, \
+                                         zent_##P##_bessel_Yx_adr};                                                    \
+    static constexpr const char* names[] = {"zent_" #P "_bessel_Ix_adr", "zent_" #P "_bessel_Jx_adr",                  \
+                                            "zent_" #P "_bessel_Kx_adr", "zent_" #P "_bessel_Yx_adr"};                 \
+    each(function, forms, names, order, z, count, n, out);                                                             \
+  }
+ZENT_LOOP(z, double, SequenceInDouble)
+ZENT_LOOP(c, float, SequenceInSingle)
+#undef ZENT_LOOP
+
+}  // namespace zent::functions

@@ -5,6 +5,13 @@
 
 namespace zent::functions {
 
+// log(1 + x) for -1/2 <= x <= 0; the series is faster where it reaches.
+template <class Real>
+inline Real log_of_share(Real x) {
+  Real value = 0;
+  return x >= static_cast<Real>(-0.375) && plain_alnrel(x, value) ? value : std::log1p(x);
+}
+
 // gamma(p) gamma(q)/gamma(p + q) for q >= 10, p <= q, by Stirling's formula, in which the large factors cancel.
 template <class Real>
 inline bool gamma_ratio_by_stirling(Real p, Real q, Real& value) {
@@ -12,13 +19,13 @@ inline bool gamma_ratio_by_stirling(Real p, Real q, Real& value) {
   if (p >= 10) {
     const Real c = stirling_correction(p) + stirling_correction(q) - stirling_correction(sum);
     const Real root_two_pi = static_cast<Real>(2.506628274631000502);
-    value = root_two_pi * std::pow(p / sum, p - half) * std::exp(q * std::log1p(-p / sum) + c) / std::sqrt(q);
+    value = root_two_pi * std::pow(p / sum, p - half) * std::exp(q * log_of_share(-p / sum) + c) / std::sqrt(q);
     return true;
   }
   Real gp = 0;
   if (!plain_gamma(p, gp)) return false;
   const Real c = stirling_correction(q) - stirling_correction(sum);
-  value = gp * std::pow(sum, -p) * std::exp(p + (q - half) * std::log1p(-p / sum) + c);
+  value = gp * std::pow(sum, -p) * std::exp(p + (q - half) * log_of_share(-p / sum) + c);
   return true;
 }
 
@@ -106,6 +113,8 @@ inline bool plain_beta(Real a, Real b, Real& value) {
   const Real p = a < b ? a : b, q = a < b ? b : a;
   if (!(p >= gamma_limits<Real>.xsml) || !(q <= Machine<Real>::largest / 2)) return false;
   if (a + b < gamma_limits<Real>.xmax) return gamma_ratio(p, q, value);
+  // For a small p the value may be large, and so its logarithm, whose rounding error the exponential would multiply.
+  if (p < 1 && gamma_ratio_by_stirling(p, q, value) && value >= Machine<Real>::smallest) return true;
   if (!plain_log_beta(a, b, value)) return false;
   if (value < std::log(Machine<Real>::smallest)) return false;
   value = std::exp(value);

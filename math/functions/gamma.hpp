@@ -73,7 +73,7 @@ template <class Real>
 inline Real stirling_correction(Real x) {
   if (x >= gamma_limits<Real>.lgmc_big) return 1 / (12 * x);
   const Real r = 10 / x;
-  return series::evaluate<lv_algmcs>(2 * r * r - 1) / x;
+  return series::evaluate_in_pairs<lv_algmcs>(2 * r * r - 1) / x;
 }
 
 // The product y (y + 1) ... of n factors, in two chains.
@@ -92,7 +92,7 @@ inline Real rising(Real y, long n) {
 // gamma(1 + y) for y in 0 to 1.
 template <class Real>
 inline Real gamma_one_plus(Real y) {
-  return static_cast<Real>(0.9375) + series::evaluate<lv_gamcs>(2 * y - 1);
+  return static_cast<Real>(0.9375) + series::evaluate_in_pairs<lv_gamcs>(2 * y - 1);
 }
 
 // |x| <= 10, not a pole: gamma(1 + y) with x = y + n, and the recurrence.
@@ -222,7 +222,7 @@ template <class Real>
 inline Real log_gamma_by_recurrence(Real x) {
   const long n = static_cast<long>(x);
   const Real y = x - static_cast<Real>(n);
-  const Real g = y * (y - 1) * series::evaluate<lv_lgamcs>(2 * y - 1);
+  const Real g = y * (y - 1) * series::evaluate_in_pairs<lv_lgamcs>(2 * y - 1);
   if (n == 1) return g + 0;  // 0, not -0, at 1
   return n == 0 ? g - std::log(x) : g + std::log(x - 1);
 }
@@ -231,7 +231,7 @@ inline Real log_gamma_by_recurrence(Real x) {
 template <class Real>
 inline Real middle_correction(Real x) {
   const Real r = 1 / x;
-  return series::evaluate<lv_algm3cs>((1800 * (r * r) - 109) / 91) * r;
+  return series::evaluate_in_pairs<lv_algm3cs>((1800 * (r * r) - 109) / 91) * r;
 }
 
 template <class Real>
@@ -319,7 +319,7 @@ inline Real quiet_lgmc(Real x) {
 template <class Real>
 inline bool plain_alnrel(Real x, Real& value) {
   if (std::abs(x) <= static_cast<Real>(0.375)) {
-    value = x - x * x * series::evaluate<lv_alnrcs>(x / static_cast<Real>(0.375));
+    value = x - x * x * series::evaluate_in_pairs<lv_alnrcs>(x / static_cast<Real>(0.375));
     return true;
   }
   value = std::log(1 + x);

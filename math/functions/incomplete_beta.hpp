@@ -34,9 +34,19 @@ inline Real log_beta_power(Real x, Real z, Real a, Real b, Real log_beta_ab) {
          q * log_near_one((p - xp * sum) / q, xq * sum / q);
 }
 
+// x^a for z = 1 - x, of which the smaller one is exact.
+template <class Real>
+inline Real share_power(Real x, Real z, Real a) {
+  return z < static_cast<Real>(0.5) ? std::exp(a * std::log1p(-z)) : std::pow(x, a);
+}
+
 // x^a z^b/beta(a, b). A small x takes its power alone: in the exponent its logarithm would lose as many digits as it has.
 template <class Real>
 inline Real beta_power(Real x, Real z, Real a, Real b, Real log_beta_ab) {
+  const Real p = a < b ? a : b, q = a < b ? b : a;
+  Real whole = 0;  // for a small parameter the beta function is large, and its logarithm too
+  if (q < 1 && gamma_ratio(p, q, whole)) return std::pow(x, a) * std::pow(z, b) / whole;
+  if (p < static_cast<Real>(0.01) && gamma_ratio(p, q, whole)) return share_power(x, z, a) * share_power(z, x, b) / whole;
   if (x * (a + b) < static_cast<Real>(1e-3)) {
     const Real power = std::pow(x, a);
     if (power >= Machine<Real>::smallest) return power * std::exp(b * std::log1p(-x) - log_beta_ab);
@@ -149,6 +159,58 @@ inline constexpr double beta_middle = 0.1, beta_middle_most = 200, beta_longest_
 template <class Real>
 inline constexpr Real beta_uniform_from = static_cast<Real>(std::is_same_v<Real, float> ? 1e8 : 1e12);
 
+// Whether the fraction is to give the share above x, so that the smaller of both has the full precision. With a below 1 it serves
+// beyond the mean too, until its first terms begin to cancel. With both below 1 the mass is at the ends, and the ends are
+// compared, but for small x: there the fraction from the other end would be long and its rounding errors add up. Very near to 1
+// it would be long too, and x does not tell its distance from 1 well enough to deserve it.
+template <class Real>
+inline bool beta_upper(Real x, Real a, Real b, Real distance) {
+  const Real z = 1 - x, near = static_cast<Real>(1e-5), nearest = static_cast<Real>(1e-10);
+  if (b < 1 && z < near && z * a < 1 && (b > z || z < nearest)) return true;
+  if (a >= 1) return distance > 0;
+  if (b >= 1) return 2 * x > (a + 1) / (a + b + 2);
+  if (x < static_cast<Real>(0.1)) return false;
+  return std::pow(x, a) * b > std::pow(z, b) * a;
+}
+
+// For a and b that are all but zero the mass is at the ends, b/(a + b) of it at 0. The share above x is a/(a + b) exp(w) with a
+// small w, made of the power of z = 1 - x, its power series, and log(gamma(1 + a) gamma(1 + b)/gamma(1 + a + b)) in powers of a
+// and b.
+inline constexpr double beta_all_but_zero = 0.02;
+inline constexpr double zeta_over_k[] = {
+    0.82246703342411321824,  0.40068563438653142847,  0.27058080842778454788, 0.20738555102867398527, 0.16955717699740818995,
+    0.14404989676884611812,  0.12550966952474304242,  0.11133426586956469049, 0.10009945751278180853, 0.090954017145829042233,
+    0.083353840546109004025, 0.076932516411352191473, 0.071432946295361336059};
+template <class Real>
+inline Real end_exponent(Real z, Real a, Real b) {
+  const Real sum = a + b, product = a * b;
+  Real term = z, series = 0;
+  for (int n = 1; n <= 200; ++n) {
+    const Real k = static_cast<Real>(n);
+    term *= n == 1 ? 1 - a : (k - a) / k * z;
+    const Real added = term / (b + k);
+    series += added;
+    if (added < Machine<Real>::spacing * series) break;
+  }
+  Real gammas = 0, part = 0, sign = -1;  // part: ((a + b)^k - a^k - b^k)/(a b), from the power sums a^k + b^k
+  Real power_sum = 2, next_sum = sum;
+  for (double c : zeta_over_k) {
+    part = sum * part + power_sum;
+    gammas += sign * static_cast<Real>(c) * part;
+    sign = -sign;
+    const Real after = sum * next_sum - product * power_sum;
+    power_sum = next_sum;
+    next_sum = after;
+  }
+  gammas *= product;
+  return b * std::log(z) + std::log1p(b * series) - gammas;
+}
+template <class Real>
+inline Real beta_of_ends(Real x, Real a, Real b) {
+  if (2 * x < 1) return b / (a + b) * std::exp(end_exponent(x, b, a));
+  return (b - a * std::expm1(end_exponent(1 - x, a, b))) / (a + b);
+}
+
 // True, with the value, where the fraction or the expansion serves.
 template <class Real>
 inline bool beta_tail(Real x, Real a, Real b, Real log_beta_ab, Real& value) {
@@ -164,8 +226,12 @@ inline bool beta_tail(Real x, Real a, Real b, Real log_beta_ab, Real& value) {
     value = beta_uniform(x, a, b);
     return true;
   }
-  // With a below 1 the fraction serves beyond the mean too, until its first terms begin to cancel.
-  const bool upper = a < 1 && b >= 1 ? 2 * x > (a + 1) / (sum + 2) : distance > 0;
+  const Real tiny = static_cast<Real>(beta_all_but_zero);
+  if (a < tiny && b < tiny) {
+    value = beta_of_ends(x, a, b);
+    return true;
+  }
+  const bool upper = beta_upper(x, a, b, distance);
   value = upper ? beta_fraction(1 - x, x, b, a, log_beta_ab) : beta_fraction(x, 1 - x, a, b, log_beta_ab);
   const Real rounding = static_cast<Real>(1e-4);  // a value of 1 may come out above it
   if (!(value <= 1 + rounding)) {

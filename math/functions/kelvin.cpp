@@ -139,7 +139,7 @@ Real kei_derivative(Real x) {
 template <bool odd, class Real>
 Real l_entire(Real x, Real (*f)(Real)) {
   const Real y = std::abs(x), limit = 119;
-  if (y <= limit) return odd && x < 0 ? -f(y) : f(y);
+  if (y <= limit) return odd && std::signbit(x) ? -f(y) : f(y);
   if (x != x) return x;
   raise<Math>(5, MATH_INEQUALITY_VIOLATION_5, {.r = {static_cast<double>(x), static_cast<double>(limit)}, .l = {"x"}});
   return Machine<Real>::not_a_number;

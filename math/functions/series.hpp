@@ -111,6 +111,41 @@ template <long n, class Real>
   return by_halves<0, n>(c, square);
 }
 
+// Two neighbouring coefficients at a time: a polynomial in x^2 whose coefficients are pairs takes half of the operations.
+// The even and the odd part meet last, so whatever cancels between them keeps its rounding errors.
+using Pair = double __attribute__((vector_size(16)));
+
+template <long first, long count, long n>
+[[gnu::always_inline]] inline Pair pairs_by_halves(const double* c, const Pair* square) {
+  if constexpr (count == 1 && 2 * first + 1 == n) {
+    return Pair{c[n - 1], 0};
+  } else if constexpr (count == 1) {
+    Pair pair;
+    __builtin_memcpy(&pair, c + 2 * first, sizeof pair);
+    return pair;
+  } else {
+    constexpr long low = static_cast<long>(std::bit_floor(static_cast<unsigned long>(count - 1)));
+    constexpr int level = std::countr_zero(static_cast<unsigned long>(low));
+    return pairs_by_halves<first, low, n>(c, square) + pairs_by_halves<first + low, count - low, n>(c, square) * square[level];
+  }
+}
+
+template <long n, class Real>
+[[gnu::always_inline]] inline Real paired_polynomial(const Real* c, Real x) {
+  if constexpr (!std::is_same_v<Real, double> || n < 6) {
+    return polynomial<n>(c, x);
+  } else {
+    constexpr long count = (n + 1) / 2;
+    constexpr int levels = std::bit_width(static_cast<unsigned long>(count - 1));
+    static_assert(levels <= 7);
+    Pair square[levels];
+    square[0] = Pair{x, x} * Pair{x, x};
+    for (int k = 1; k < levels; ++k) square[k] = square[k - 1] * square[k - 1];
+    const Pair sum = pairs_by_halves<0, count, n>(c, square);
+    return sum[0] + sum[1] * x;
+  }
+}
+
 // The series by Clenshaw's recurrence, for x known to lie in -1 to 1: no frame, no checks.
 template <class Table, class Real>
 inline Real chebyshev(Real x) {
@@ -124,6 +159,13 @@ template <class Table, class Real>
 [[gnu::always_inline]] inline Real evaluate(Real x) {
   using S = Series<Table, Real>;
   return polynomial<S::terms>(S::power.c, x);
+}
+
+// The same in pairs, for a series whose even and odd part do not cancel, or that is small beside what it is added to.
+template <class Table, class Real>
+[[gnu::always_inline]] inline Real evaluate_in_pairs(Real x) {
+  using S = Series<Table, Real>;
+  return paired_polynomial<S::terms>(S::power.c, x);
 }
 
 // The public forms with their checks. Both precisions show one name.
@@ -163,11 +205,11 @@ long l_initds(const Real* series, long n, Real eta) {
 
 template <class Half, class Real>
 Real csevl(const Real* series, long n, Real x) {
-  return scalar_call<Half>(csevl_name<Half>, [=] { return l_csevl<Half>(series, n, x); });
+  return public_call<Half>(csevl_name<Half>, [=] { return l_csevl<Half>(series, n, x); });
 }
 template <class Half, class Real>
 long initds(const Real* series, long n, Real eta) {
-  return scalar_call<Half>(initds_name<Half>, [=] { return l_initds<Half>(series, n, eta); });
+  return public_call<Half>(initds_name<Half>, [=] { return l_initds<Half>(series, n, eta); });
 }
 
 }  // namespace zent::series

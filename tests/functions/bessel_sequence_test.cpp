@@ -104,7 +104,9 @@ TYPED_TEST(Sequences, Wronskians) {
   using Real = TypeParam;
   using C = std::complex<Real>;
   const Real epsilon = std::numeric_limits<Real>::epsilon(), pi = std::acos(Real(-1));
-  for (Real size : {Real(1e-8), Real(0.5), Real(1.999), Real(2.001), Real(7), Real(24.9), Real(25.1), Real(60), Real(1e5)}) {
+  const Real tiny = sizeof(Real) == 8 ? Real(1e-170) : Real(1e-25);  // its square is 0
+  for (Real size : {tiny, Real(1e-8), Real(0.5), Real(1.999), Real(2.001), Real(9.9), Real(10.1), Real(19.9), Real(20.1),
+                    Real(60), Real(1e5)}) {
     for (Real angle : {0.0, 0.3, 0.5, 0.8, 1.0, -0.2, -0.5, -1.0}) {
       const C z = std::polar(size, angle * pi);
       for (Real nu : {-0.49, 0.0, 0.5, 2.3, 11.0}) {
@@ -115,6 +117,9 @@ TYPED_TEST(Sequences, Wronskians) {
           EXPECT_LE(std::abs(w - expected), (40 + 4 * nu) * epsilon * terms) << nu << " " << z;
         }
         const std::vector<Long> i = wide(TestFixture::run(I, nu, z, 2)), k = wide(TestFixture::run(K, nu, z, 2));
+        if (nu <= 0 && size < 60) {
+          ASSERT_EQ(i.size() + j.size() + k.size() + y.size(), 8U) << nu << " " << z;
+        }
         if (i.size() == 2 && k.size() == 2) {
           const Long w = i[0] * k[1] + i[1] * k[0], expected = Long(1) / Long(z);
           const long double terms = std::abs(i[0] * k[1]) + std::abs(i[1] * k[0]) + std::abs(expected);
@@ -226,6 +231,22 @@ TYPED_TEST(Sequences, Errors) {
 
 // Orders beyond the reach of Hankel's expansion beside a modulus that is far greater: the recurrence must not run through all
 // orders up to the modulus. Values in 40 digits.
+TYPED_TEST(Sequences, KOfOrderOneHalfKeepsItsDigitsWhereTheMethodsMeet) {
+  using C = std::complex<TypeParam>;
+  for (int angle = -2; angle <= 2; ++angle) {
+    for (int i = 32; i <= 96; ++i) {
+      const std::complex<double> z = std::polar(i / 32.0, angle * std::acos(-1.0) / 4);
+      const C rounded = {static_cast<TypeParam>(z.real()), static_cast<TypeParam>(z.imag())};
+      const std::complex<long double> w = {rounded.real(), rounded.imag()};
+      const std::complex<long double> closed = std::sqrt(std::acos(-1.0L) / 2 / w) * std::exp(-w);
+      const auto k = this->run(K, 0.5, rounded, 1);
+      ASSERT_EQ(k.size(), 1u);
+      const std::complex<long double> found = {k[0].real(), k[0].imag()};
+      EXPECT_LT(std::abs(found - closed) / std::abs(closed), 12 * std::numeric_limits<TypeParam>::epsilon()) << z;
+    }
+  }
+}
+
 TEST(SequencesInDouble, GreatArguments) {
   be_quiet();
   struct Row {

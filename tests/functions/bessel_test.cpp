@@ -227,9 +227,10 @@ TYPED_TEST(Special, NotANumberAndSymmetry) {
     const bool odd = name.find("I1") != std::string::npos || name.find("fresnel") == 0 || name == "kelvin_ber0_derivative" ||
                      name == "kelvin_bei0_derivative";
     const bool even = name == "bessel_I0" || name == "bessel_exp_I0" || name == "kelvin_ber0" || name == "kelvin_bei0";
-    for (Real x : {Real(0.3), Real(4), Real(7), Real(30)}) {
+    for (Real x : {Real(0), Real(0.3), Real(4), Real(7), Real(30)}) {
       if (odd) {
         EXPECT_EQ(f.one(-x), -f.one(x));
+        EXPECT_NE(std::signbit(f.one(-x)), std::signbit(f.one(x)));
       }
       if (even) {
         EXPECT_EQ(f.one(-x), f.one(x));
@@ -251,6 +252,17 @@ TYPED_TEST(Special, Seams) {
       EXPECT_NEAR(below + above, 2 * middle, 16 * std::numeric_limits<Real>::epsilon() * size) << name << " at " << x;
     }
   }
+}
+
+// At the end of the range exp(x) alone may overflow. The leading terms of the expansion are 1 + (1 - 4n^2)/(8x)...
+TYPED_TEST(Special, LargestArguments) {
+  using Real = TypeParam;
+  const auto functions = entries<Real>();
+  const Real x = std::log(std::numeric_limits<Real>::max());
+  const long double y = x, leading = std::exp(y) / std::sqrt(2 * std::acos(-1.0L) * y);
+  const long double i0 = leading * (1 + 1 / (8 * y) + 9 / (128 * y * y)), i1 = leading * (1 - 3 / (8 * y) - 15 / (128 * y * y));
+  EXPECT_NEAR(functions.at("bessel_I0").one(x) / i0, 1, 1e-6);
+  EXPECT_NEAR(functions.at("bessel_I1").one(-x) / i1, -1, 1e-6);
 }
 
 // The smallest numbers have no half: logarithms of x / 2 must not show it.

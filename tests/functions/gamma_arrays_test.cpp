@@ -4,6 +4,7 @@
 #include <random>
 
 #include "math/functions/arrays.hpp"
+#include "math/functions/elliptic.hpp"
 #include "math/functions/erf.hpp"
 #include "math/functions/incomplete_beta.hpp"
 #include "math/functions/incomplete_gamma.hpp"
@@ -63,6 +64,11 @@ LOOP(beta, 0, 200)
 LOOP(log_beta, 0, 200)
 LOOP(gamma_incomplete, 0, 40)
 LOOP(beta_incomplete, 0, 1)
+LOOP(elliptic_integral_K, -0.2, 1.2)
+LOOP(elliptic_integral_E, -0.2, 1.2)
+LOOP(elliptic_integral_RF, -1, 9)
+LOOP(elliptic_integral_RC, -1, 9)
+LOOP(elliptic_integral_RD, -1, 9)
 
 TEST(Loop, AnyOtherFunctionAndTheErrorOfTheLastElement) {
   be_quiet();
@@ -97,11 +103,39 @@ TEST(Twins, PowerFormOfASeries) {
   using namespace zent::functions;
   for (int i = -100; i <= 100; ++i) {
     const double t = i / 100.0;
-    EXPECT_NEAR(zent::series::evaluate<lv_gamcs>(t), zent::series::chebyshev<lv_gamcs>(t), 4e-16) << t;
+    EXPECT_NEAR(zent::series::evaluate_in_pairs<lv_gamcs>(t), zent::series::chebyshev<lv_gamcs>(t), 4e-16) << t;
     EXPECT_NEAR(zent::series::evaluate<lv_erfccs>(t), zent::series::chebyshev<lv_erfccs>(t), 4e-16) << t;
-    EXPECT_NEAR(zent::series::evaluate<lv_erfi2cs>(t), zent::series::chebyshev<lv_erfi2cs>(t), 4e-16) << t;
+    EXPECT_NEAR(zent::series::evaluate_in_pairs<lv_erfi2cs>(t), zent::series::chebyshev<lv_erfi2cs>(t), 4e-16) << t;
     EXPECT_NEAR(zent::series::evaluate<lv_alnrcs>(static_cast<float>(t)), zent::series::chebyshev<lv_alnrcs>(t), 2e-7) << t;
   }
+}
+
+// The short duplications, series and elementary forms beside the long duplications.
+template <class Real>
+void elliptic_twins() {
+  using namespace zent::functions;
+  constexpr Real epsilon = std::numeric_limits<Real>::epsilon();
+  std::mt19937 generator(5);
+  std::uniform_real_distribution<double> exponent(-9, 9), unit(0, 1);
+  double spread = 1;
+  const auto draw = [&] { return static_cast<Real>(std::exp2(exponent(generator) * spread)); };
+  for (int i = 0; i < 3000; ++i) {
+    spread = i % 3 == 0 ? 0.002 : i % 3 == 1 ? 0.02 : 1;  // near to each other they show each term of the closing expansions
+    const Real x = i % 10 == 0 ? Real(i % 20 == 0 ? 0 : -0.0) : draw(), y = draw(), z = draw(), rho = draw();
+    EXPECT_NEAR(rf(x, y, z) / plain_rf(x, y, z), 1, 8 * epsilon) << x << " " << y << " " << z;
+    EXPECT_NEAR(rd(x, y, z) / plain_rd(x, y, z), 1, 8 * epsilon) << x << " " << y << " " << z;
+    EXPECT_NEAR(rj(x, y, z, rho) / plain_rj(x, y, z, rho), 1, 10 * epsilon) << x << " " << y << " " << z << " " << rho;
+    EXPECT_NEAR(rc(x, y) / duplicated_rc(x, y), 1, 8 * epsilon) << x << " " << y;
+    const Real m = static_cast<Real>(i % 2 == 0 ? unit(generator) : 1 - std::exp2(exponent(generator) - 10)), one = 1;
+    if (m < 0 || m >= 1) continue;
+    const Real k = plain_rf<Real>(0, one - m, one), d = m * plain_rd<Real>(0, one - m, one) / 3;
+    EXPECT_NEAR(complete_k(m) / k, 1, 8 * epsilon) << m;
+    EXPECT_NEAR(complete_e(m), k - d, 4 * epsilon * (k + d)) << m;
+  }
+}
+TEST(Twins, EllipticIntegrals) {
+  elliptic_twins<double>();
+  elliptic_twins<float>();
 }
 
 TEST(Twins, SumsAndFractionsOfTheIncompleteGammaFunction) {

@@ -183,6 +183,11 @@ TEST(Series, ValueAndCount) {
   EXPECT_MADE(STAT, zents_dcsevl(c, 2, -1.05), 0.475, 0, 0);
   EXPECT_MADE(MATH, static_cast<double>(zent_initds(c, 0, 1e-3)), 0, 5, MATH_CHEBY_EVAL_TERMS);
   EXPECT_MADE(MATH, static_cast<double>(zent_initds(c, 2, 1e-3)), 0, 5, MATH_CHEBY_EVAL_TOL);
+  const double* const nowhere =
+      reinterpret_cast<const double*>(8);  // a fault in the caller's array ends the call, not the process
+  EXPECT_MADE(MATH, zent_dcsevl(nowhere, 3, 0.5), NONE, 5, MATH_MAJOR_VIOLATION);
+  zents_initds(nowhere, 3, 0.5);
+  EXPECT_EQ(zents_n1rcd(1), STAT_MAJOR_VIOLATION);
 }
 
 }  // namespace

@@ -23,7 +23,7 @@ BOTH_FORMS(log_gamma)
 BOTH_FORMS(beta)
 BOTH_FORMS(log_beta)
 BOTH_FORMS(gamma_incomplete)
-BOTH_FORMS(beta_incomplete, 16)
+BOTH_FORMS(beta_incomplete)
 
 TEST(Values, TheHalvesAgreeBitForBit) {
   be_quiet();
@@ -123,6 +123,54 @@ TEST(Values, IncompleteBetaFarFromTheOrdinary) {
     EXPECT_EQ(zent_error_code(), 0);
   }
   EXPECT_NEAR(zent_f_beta_incomplete(9.8248961e-07F, 0.0924676806F, 1105976.12F), 0.98068698, 1e-6);
+}
+
+TEST(Values, IncompleteBetaWithItsMassAtTheEnds) {
+  be_quiet();
+  // 40 digits of the power series. Both parameters small, where the complement of a share would keep few digits.
+  const BetaRow rows[] = {
+      {0.998, 0.00095, 0.0004, 0.29804242123955777711},  {0.9997, 0.00034, 2.8e-06, 0.0081905526826496066076},
+      {0.94, 0.1, 0.014, 0.15424074317634124911},        {0.992, 0.0085, 0.00018, 0.021584181994224539166},
+      {3e-05, 3.5e-05, 3.6e-05, 0.50685747139396744813}, {0.52, 1e-09, 1e-12, 0.00099900099908096166282},
+  };
+  for (const BetaRow& row : rows) {
+    EXPECT_NEAR(zent_d_beta_incomplete(row.x, row.a, row.b) / row.value, 1, 2e-15) << row.x << " " << row.a << " " << row.b;
+    EXPECT_NEAR(zents_d_beta_incomplete(1 - row.x, row.b, row.a), 1 - row.value, 1e-15) << row.x;
+  }
+}
+
+TEST(Values, IncompleteBetaWithOneSmallParameter) {
+  be_quiet();
+  // 40 digits of mpmath. A fraction from the far end, or an exponential of a long logarithm, would lose some hundred epsilon.
+  const BetaRow rows[] = {
+      {2.1e-05, 0.04, 0.76, 0.63792754848441485417},
+      {1.35e-4, 0.05, 0.5, 0.59990162902030516502},
+      {0.5, 2, 1e-250, 1.9314718055994531985e-251},
+      {0.9, 30, 1e-250, 1.1368048359887806101e-252},
+      {0.016, 1e-200, 7.5, 1},
+      {0.016, 1e-200, 75, 1},
+  };
+  for (const BetaRow& row : rows) {
+    EXPECT_NEAR(zent_d_beta_incomplete(row.x, row.a, row.b) / row.value, 1, 3e-15) << row.x << " " << row.a << " " << row.b;
+  }
+  EXPECT_NEAR(zent_f_beta_incomplete(2.0603e-05F, 0.039756F, 0.75929F), 0.6391484, 1e-6);
+}
+
+TEST(Values, BetaOfASmallAndALargeParameter) {
+  be_quiet();
+  EXPECT_NEAR(zent_d_beta(200, 1e-290) / 1e290, 1, 1e-15);
+  EXPECT_NEAR(zent_d_beta(1e-6, 1e100) / 999769.19091637407547, 1, 2e-15);
+  EXPECT_NEAR(zent_f_beta(4e-29F, 55) / 2.5e28, 1, 4e-7);
+}
+
+TEST(Values, EllipticIntegralsAtTheEndsOfTheirRanges) {
+  be_quiet();
+  // RC of arguments whose ratio overflows: log(2 sqrt(x/y))/sqrt(x).
+  EXPECT_NEAR(zent_d_elliptic_integral_RC(3e307, 0x1p-1074) * std::sqrt(3e307) / 726.90930106017064378, 1, 1e-14);
+  EXPECT_NEAR(zent_d_elliptic_integral_RC(-0.0, 4), std::acos(-1.0) / 4, 1e-15);
+  EXPECT_NEAR(zent_d_elliptic_integral_K(1 - 0x1p-53), std::log(0x1p57) / 2, 1e-14);
+  EXPECT_NEAR(zent_d_elliptic_integral_E(1 - 0x1p-53), 1 + 0x1p-54 * (std::log(4 * 0x1p26 * std::sqrt(2.0)) - 0.5), 3e-16);
+  EXPECT_NEAR(zent_d_elliptic_integral_E(0.9999), 1.0002745824306629377, 3e-16);
 }
 
 TEST(Values, IncompleteGammaApproachesGammaAndStaysFinite) {
