@@ -17,7 +17,7 @@ extern "C" {
 ZENT_API float zents_f_normal_cdf(float x);
 ZENT_API double zents_d_normal_cdf(double x);
 
-/* x with normal_cdf(x) = p. p outside (0, 1): 9041; p nearer than 1e-10 to 1 (2e-4 in single precision), where neighbouring p
+/* x with normal_cdf(x) = p. p outside (0, 1): 9041; p nearer than 1e-10 to 1 (4e-6 in single precision), where neighbouring p
  * are far apart: Warning 30002. */
 ZENT_API float zents_f_normal_inverse_cdf(float p);
 ZENT_API double zents_d_normal_inverse_cdf(double p);

@@ -329,7 +329,7 @@ inline Sums<Real> hyper_sums(Blocked<Real> first, long from, long to, Real a, Re
 template <class Real>
 inline Real deviance(Real o, Real e, Real difference) {
   const Real v = difference / (o + e), w = v * v;
-  if (w > static_cast<Real>(0.01)) return o * std::log(o / e) - difference;
+  if (w > static_cast<Real>(0.2)) return o * std::log(o / e) - difference;
   Real power = 2 * o * v * w, sum = difference * v, term = power / 3;
   for (int j = 5; std::abs(term) > Machine<Real>::epsilon / 8 * sum; j += 2) {
     sum += term;
@@ -337,6 +337,10 @@ inline Real deviance(Real o, Real e, Real difference) {
     term = power / static_cast<Real>(j);
   }
   return sum + term;
+}
+
+inline bool are_cells_large(long k, long a, long b, long l) {
+  return k >= 10 && a - k >= 10 && l - a - b + k >= 10;  // b - k is not less than a - k
 }
 
 // The probability of k for counts from 10 on in all four cells of the table with the margins a and b: Stirling's formula, in
@@ -360,12 +364,13 @@ Real hyper_term(long k, long a, long b, long l) {
 }
 
 // The probability of k, where a cell is small as a quotient of binomial probabilities, and the sum from there on; for parameters
-// that make the products above too long.
+// that make the products above too long, so that their rounding would show.
 template <class Real>
 Real hyper_from_term(long k, long least, long a, long b, long l, bool complement, Kind kind) {
-  const Real p = static_cast<Real>(b) / static_cast<Real>(l);
-  if (p == 1) return 1;
-  Real term = k >= 10 && a - k >= 10 && l - a - b + k >= 10
+  if (b == l) return 1;
+  const Real share = static_cast<Real>(b) / static_cast<Real>(l);
+  const Real p = share < 1 ? share : 1 - Machine<Real>::epsilon / 2;  // any p will do for the quotient
+  Real term = are_cells_large(k, a, b, l)
                   ? hyper_term<Real>(k, a, b, l)
                   : binomial(k, a, p, Kind::pdf) / binomial(b, l, p, Kind::pdf) * binomial(b - k, l - a, p, Kind::pdf);
   if (kind == Kind::pdf) return term;
@@ -393,7 +398,8 @@ inline Real hypergeometric(long k, long n, long m, long l, Kind kind) {
   const Real ra = static_cast<Real>(a), rb = static_cast<Real>(b), rl = static_cast<Real>(l);
   const Real rest = static_cast<Real>(l - m - n);
   const bool complement = (static_cast<Real>(m) + 1) * (static_cast<Real>(n) + 1) < (rl + 2) * static_cast<Real>(k);
-  if (a > longest_hyper_sum) return hyper_from_term<Real>(k, least, a, b, l, complement, kind);
+  if (a > longest_hyper_sum || (a > longest_sum && are_cells_large(k, a, b, l)))
+    return hyper_from_term<Real>(k, least, a, b, l, complement, kind);
   if (complement) {
     const Blocked<Real> top = falling_ratio(rb, rl, a);
     if (kind == Kind::pdf) return hyper_sums(top, a, k, ra, rb, rest).term;

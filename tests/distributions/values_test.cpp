@@ -62,6 +62,9 @@ TEST(DistributionValues, LongSumsDifferencesAndTails) {
       BOTH(hyper_cdf, 0.001117259736865760041027, 40, 4, 66483, 342986, 215602, 1102514),
       BOTH(hypergeometric_pdf, 1.920446722976747927127e-5, 40, 4, 66483, 342986, 215602, 1102514),
       BOTH(hyper_cdf, 0.03379140989934956573609, 40, 4, 7797, 9390, 44644, 53354),
+      BOTH(hyper_cdf, 0.184416642132252944, 16, 2, 3189, 10938, 5131, 17453),
+      BOTH(hypergeometric_pdf, 2.73137574394103447e-10, 24, 2, 534, 19891, 16474, 482477),
+      BOTH(hyper_cdf, 8.67361737988373456e-14, 64, 2, 19999, 20000, (1L << 60) - 5, 1L << 60),
       // next to the smallest numbers
       BOTH(poisson_cdf, 7.510648569979156481223e-308, 1000, 0, 24, 813.25),
       BOTH(poisson_cdf, 1.341236099487366275734e-37, 5000, 5000, 5644, 6658.5),
@@ -87,6 +90,8 @@ TEST(DistributionValues, LongSumsDifferencesAndTails) {
       BOTH(non_central_t_cdf, 2.126022741708892093826e-9, 64, 64, -0.375, 325, 5.5),
       BOTH(non_central_t_cdf, 0.9999985311660226559361, 8, 8, 3, 5, -3),
       BOTH(non_central_t_cdf, 1.162608511372693500769e-10, 64, 64, 0.5, 2, 7),
+      BOTH(non_central_t_cdf, 5.92170817816131024e-52, 200, 0, -5.90625, 150, 10),
+      BOTH(non_central_t_cdf, 3.90663019453297603e-37, 200, 4, -4, 150, 9),
   };
   for (const Pair& pair : pairs) {
     EXPECT_NEAR(pair.found / pair.value, 1, pair.bound * 0x1p-52) << &pair - pairs;
