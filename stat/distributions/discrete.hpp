@@ -4,6 +4,8 @@
 // each block a factor of nearly the smallest number.
 #pragma once
 
+#include <type_traits>
+
 #include "math/functions/binomial.hpp"
 #include "stat/distributions/beta.hpp"
 
@@ -289,15 +291,20 @@ Real l_poisson_pdf(long k, Real theta) {
   return l_poisson(k, theta, Kind::pdf);
 }
 
-// The product of (x - i)/(y - i) for i from 0 to count - 1, all below 1.
+// The product of (x - i)/(y - i) for i from 0 to count - 1, all below 1. In wider numbers: factors that hardly differ are rounded
+// alike, and the errors would add up. Four factors share a division.
 template <class Real>
-inline Blocked<Real> falling_ratio(Real x, Real y, long count) {
-  Blocked<Real> product = {1, 0};
-  for (long i = 0; i < count; ++i) {
-    const Real k = static_cast<Real>(i);
-    product.multiply((x - k) / (y - k), 10 * Machine<Real>::smallest);
+inline Blocked<Real> falling_ratio(long x, long y, long count) {
+  using Wide = std::conditional_t<sizeof(Real) == sizeof(float), double, long double>;
+  const Wide block = static_cast<Wide>(10 * Machine<Real>::smallest);
+  Blocked<Wide> product = {1, 0};
+  long i = 0;
+  for (; i + 4 <= count; i += 4) {
+    const Wide u = static_cast<Wide>(x - i), v = static_cast<Wide>(y - i);
+    product.multiply((u * (u - 1)) * ((u - 2) * (u - 3)) / ((v * (v - 1)) * ((v - 2) * (v - 3))), block);
   }
-  return product;
+  for (; i < count; ++i) product.multiply(static_cast<Wide>(x - i) / static_cast<Wide>(y - i), block);
+  return {static_cast<Real>(product.value), product.blocks};
 }
 
 // From the term at `from` to that at `to`, step by step; rising up to the greatest. `up`: towards larger counts.
@@ -401,12 +408,12 @@ inline Real hypergeometric(long k, long n, long m, long l, Kind kind) {
   if (a > longest_hyper_sum || (a > longest_sum && are_cells_large(k, a, b, l)))
     return hyper_from_term<Real>(k, least, a, b, l, complement, kind);
   if (complement) {
-    const Blocked<Real> top = falling_ratio(rb, rl, a);
+    const Blocked<Real> top = falling_ratio<Real>(b, l, a);
     if (kind == Kind::pdf) return hyper_sums(top, a, k, ra, rb, rest).term;
     const Real value = 1 - hyper_sums(top, a, k + 1, ra, rb, rest).sum;
     return value < 0 ? 0 : value;
   }
-  const Blocked<Real> low = least > 0 ? falling_ratio(ra, rl, l - b) : falling_ratio(static_cast<Real>(l - b), rl, a);
+  const Blocked<Real> low = least > 0 ? falling_ratio<Real>(a, l, l - b) : falling_ratio<Real>(l - b, l, a);
   const Sums<Real> sums = hyper_sums(low, least, k, ra, rb, rest);
   const Real value = kind == Kind::pdf ? sums.term : sums.sum;
   return value < 1 ? value : 1;

@@ -26,6 +26,14 @@ inline Real gamma_step(Real a, Real x) {
 
 inline constexpr long longest_walk = 1000;
 
+// Whether Chernoff's bound of the distribution function, exp(s x) times the mean of exp(-s X) with v = 1 + 2 s, underflows.
+template <class Real>
+bool noncentral_underflows(Real x, Real df, Real lambda) {
+  const Real best = (df + std::sqrt(df * df + 4 * x * lambda)) / (2 * x), most = static_cast<Real>(1e30);
+  const Real v = best < most ? best : most;
+  return v > 1 && (v - 1) * (x - lambda / v) - df * std::log(v) < 2 * std::log(Machine<Real>::smallest);
+}
+
 // x, lambda > 0. One walk from the largest weight down to index 0, where central values grow by positive steps, and one up, where
 // they fall and are computed afresh before the subtractions have cost a digit. A walk cut short is settled when the weights fall
 // so fast from there on that what it leaves out cannot be more than 100 epsilon of the value.
@@ -53,7 +61,8 @@ Mixture<Real> noncentral_sum(Real x, Real df, Real lambda) {
     if (sum.value > 0 && added <= last && added <= epsilon * sum.value && weight < least_weight) break;
     last = added;
     if (start - i == longest_walk && i > 0) {
-      sum.settled = added <= left_out * (1 - static_cast<Real>(i) / mean) * sum.value;
+      sum.settled = sum.value > 0 ? added <= left_out * (1 - static_cast<Real>(i) / mean) * sum.value
+                                  : noncentral_underflows(x, df, lambda);
       break;
     }
   }
@@ -82,7 +91,16 @@ Mixture<Real> noncentral_sum(Real x, Real df, Real lambda) {
 template <class Real>
 inline Mixture<Real> noncentral(Real x, Real df, Real lambda) {
   if (x > Machine<Real>::largest) return {1, 0, true};
-  if (lambda > 4 * Machine<Real>::smallest) return noncentral_sum(x, df, lambda);
+  if (lambda > 4 * Machine<Real>::smallest) {
+    const Mixture<Real> sum = noncentral_sum(x, df, lambda);
+    if constexpr (sizeof(Real) == sizeof(float)) {
+      if (sum.value < Machine<Real>::smallest / Machine<Real>::epsilon) {  // central values underflowed that count
+        const Mixture<double> wide = noncentral_sum(shown(x), shown(df), shown(lambda));
+        return {static_cast<Real>(wide.value), static_cast<Real>(wide.slope), wide.settled};
+      }
+    }
+    return sum;
+  }
   return {gamma_ratio(x / 2, df / 2), gamma_step(df / 2, x / 2) * (df / 2), true};
 }
 
@@ -179,18 +197,13 @@ Real l_non_central_chi_sq_inv(Real p, Real df, Real lambda) {
   return point.x;
 }
 
-template <class Real>
-inline Real normal_density(Real x) {
-  return functions::exp_minus_square(x * root_half<Real>) * static_cast<Real>(0.39894228040143267794);
-}
-
-// exp(-x^2/2) for an x that carries more digits than the result.
+// exp(-x^2/2) for an x that carries more digits than the result; where it would underflow, in the range of the wider numbers.
 template <class Real, class Wide>
 inline Wide bell(Wide x) {
   const Wide y = x * x / 2;
-  const Real most = static_cast<Real>(y);
-  const Wide e = static_cast<Wide>(std::exp(-most));
-  return e - e * (y - static_cast<Wide>(most));
+  const Real most = static_cast<Real>(y), e = std::exp(-most);
+  if (e < Machine<Real>::smallest) return std::exp(-y);
+  return static_cast<Wide>(e) * (1 - (y - static_cast<Wide>(most)));
 }
 
 // Owen's recurrence for whole df: M(k) in steps of 1, every second one counts. In wider numbers: M(k) has some k rounding errors,

@@ -118,10 +118,12 @@ Real l_b1nnt(Real h, Real a) {
   return a < 0 ? -value : value;
 }
 
-// log of normal_area, also where that underflows.
+// log of normal_area, also where that underflows: by its asymptotic series.
 inline double log_normal_area(double x) {
   const double area = normal_area(x);
-  return area > 0 ? std::log(area) : -x * x / 2 - std::log(-x) - 0.9189385332046728;
+  if (area >= Machine<double>::smallest) return std::log(area);
+  const double r = 1 / (x * x);
+  return -x * x / 2 - std::log(-x) - 0.9189385332046728 + std::log1p(-r * (1 - r * (3 - r * (15 - r * 105))));
 }
 
 // The place of the greatest value of a function with one hump, by golden section.

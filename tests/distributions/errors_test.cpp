@@ -113,6 +113,15 @@ TEST(DistributionErrors, ChiSquaredAndGamma) {
   EXPECT_NEAR(zents_d_non_central_chi_sq(160100, 100, 160000), 0.5, 0.01);
   EXPECT_EQ(zents_n1rcd(1), STAT_CONV_NOT_OBTAINED);
   EXPECT_EQ(zents_n1rty(1), 3);
+  // 1.1e-285, where all the terms that it takes underflow; and 0, where the others do so too.
+  EXPECT_LT(zents_d_non_central_chi_sq(8249.72265625, 7.0646209716796875, 16103.630859375), 1e-284);
+  EXPECT_EQ(zents_n1rcd(1), STAT_CONV_NOT_OBTAINED);
+  for (double x : {5e-324, 1e-300, 1e-3, 4000.0}) {
+    EXPECT_EQ(zents_d_non_central_chi_sq(x, 3, 16000), 0);
+    EXPECT_EQ(zents_n1rty(1), 0) << x;
+    EXPECT_EQ(zents_f_non_central_chi_sq(static_cast<float>(x), 3, 16000), 0);
+    EXPECT_EQ(zents_n1rty(1), x > 1e-40 ? 0 : 1) << x;
+  }
 }
 
 TEST(DistributionErrors, Student) {

@@ -65,6 +65,9 @@ TEST(DistributionValues, LongSumsDifferencesAndTails) {
       BOTH(hyper_cdf, 0.184416642132252944, 16, 2, 3189, 10938, 5131, 17453),
       BOTH(hypergeometric_pdf, 2.73137574394103447e-10, 24, 2, 534, 19891, 16474, 482477),
       BOTH(hyper_cdf, 8.67361737988373456e-14, 64, 2, 19999, 20000, (1L << 60) - 5, 1L << 60),
+      // many factors that hardly differ
+      BOTH(hypergeometric_pdf, 8425.0 / 18219, 4, 2, 9794, 18218, 9794, 18219),
+      BOTH(hyper_cdf, 0.9999892564077502297916, 2, 2, 0, 8785, 1161567, 949804408821709),
       // next to the smallest numbers
       BOTH(poisson_cdf, 7.510648569979156481223e-308, 1000, 0, 24, 813.25),
       BOTH(poisson_cdf, 1.341236099487366275734e-37, 5000, 5000, 5644, 6658.5),
@@ -80,6 +83,7 @@ TEST(DistributionValues, LongSumsDifferencesAndTails) {
       BOTH(poisson_cdf, 0.9999968285985227287903, 3, 3, 92, 0x1.bdd698p+5F),
       // from a weight whose central distribution underflows
       BOTH(non_central_chi_sq, 1.75922512506995857631e-28, 100, 100, 0x1p-22F, 0.75, 116.09375),
+      BOTH(non_central_chi_sq, 1.154178720383912966882e-37, 200, 2, 0.130859375, 35.75, 0.4375),
       // beyond the shape, for a small argument
       BOTH(gamma_cdf, 0.7031407119397479648251, 4, 4, 1.375, 1.125),
       BOTH(chi_squared_cdf, 0.009287490303909651488609, 2e5, 600, 28.75, 49),
@@ -92,6 +96,11 @@ TEST(DistributionValues, LongSumsDifferencesAndTails) {
       BOTH(non_central_t_cdf, 1.162608511372693500769e-10, 64, 64, 0.5, 2, 7),
       BOTH(non_central_t_cdf, 5.92170817816131024e-52, 200, 0, -5.90625, 150, 10),
       BOTH(non_central_t_cdf, 3.90663019453297603e-37, 200, 4, -4, 150, 9),
+      // from areas that underflow
+      BOTH(non_central_t_cdf, 3.58077898021796197136e-306, 500, 0, -3.1875, 514, 34.375),
+      // from a first term that underflows
+      BOTH(non_central_t_cdf, 3.770088955752127559555e-30, 16, 4, 7.75, 29, 25),
+      BOTH(non_central_t_cdf, 7.545206392035358201864e-217, 100, 0, 100, 150, 316),
   };
   for (const Pair& pair : pairs) {
     EXPECT_NEAR(pair.found / pair.value, 1, pair.bound * 0x1p-52) << &pair - pairs;
