@@ -39,7 +39,7 @@ enum {
   position_count = 38
 };
 
-constexpr Position positions[] = {
+constexpr Position positions[position_count] = {
     precision_position,
     status_position,
     {"SELECTOR", Kind::required, Type::integer,
@@ -76,16 +76,8 @@ constexpr Position positions[] = {
     {"MAX_CYCLES", Kind::optional, Type::integer, "limit of cycles; default 50", ZENT_MAX_CYCLES, Pass::value},
     {"N_CYCLES", Kind::optional, Type::integer, "receives the number of cycles", ZENT_N_CYCLES, Pass::address},
     {"RESULT", Kind::output, Type::real, "the integral"},
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
 };
-static_assert(sizeof positions / sizeof positions[0] == position_count && used_count + 8 == position_count);
+static_assert(used_count + 8 == position_count);
 
 // The user's functions of the call in progress.
 struct Routines {

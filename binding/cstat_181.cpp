@@ -11,45 +11,14 @@ namespace {
 
 enum { distribution = 2, n_random, result, parameters, position_count = 36 };
 
-constexpr Position positions[] = {
+constexpr Position positions[position_count] = {
     precision_position,
     status_position,
     {"DISTRIBUTION", Kind::optional, Type::text, "UNIFORM, which is the default"},
     {"N", Kind::required, Type::integer, "number of deviates"},
     {"RESULT", Kind::output, Type::real, "array of at least N values, allocated by the caller"},
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
 };
-static_assert(sizeof positions / sizeof positions[0] == position_count && parameters == 5);
+static_assert(parameters == 5);
 
 bool accept(const Arguments& a) {
   const char* name = a.text(distribution);

@@ -8,7 +8,7 @@ namespace {
 
 enum { n_dimensions = 2, base, skip, state, unused_from, position_count = 12 };
 
-constexpr Position positions[] = {
+constexpr Position positions[position_count] = {
     precision_position,
     status_position,
     {"NDIM", Kind::required, Type::integer, "dimension of the points"},
@@ -16,14 +16,8 @@ constexpr Position positions[] = {
     {"SKIP", Kind::optional, Type::integer, "points to skip at the start, at least 1", ZENTS_SKIP, Pass::value},
     {"STATE", Kind::output, Type::any,
      "an undefined variable: receives the sequence as a byte array, to be handed back unchanged"},
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
 };
-static_assert(sizeof positions / sizeof positions[0] == position_count && unused_from + 6 == position_count);
+static_assert(unused_from + 6 == position_count);
 
 void hand_over(const zents_faure& f, ORV_VARIABLE* variable) {
   const long d = f.n_dimensions, n = f.n_digits;

@@ -9,23 +9,15 @@ namespace {
 
 enum { state = 2, n_points, result, skip, unused_from, position_count = 14 };
 
-constexpr Position positions[] = {
+constexpr Position positions[position_count] = {
     precision_position,
     status_position,
     {"STATE", Kind::required, Type::byte, "the sequence as FAURE_INIT gave it; moved on in place"},
     {"NPOINTS", Kind::optional, Type::integer, "how many points; default 1"},
     {"RESULT", Kind::output, Type::any, "an undefined variable: receives NPOINTS by the dimension values in [0, 1)"},
     {"SKIP", Kind::optional, Type::integer, "receives the number of points that were skipped at the start"},
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
-    unused_position,
 };
-static_assert(sizeof positions / sizeof positions[0] == position_count && unused_from + 8 == position_count);
+static_assert(unused_from + 8 == position_count);
 
 // One trap for all points: a call at a time would set and restore the signal handlers for each of them.
 template <class Real>

@@ -35,11 +35,12 @@ enum class Pass : unsigned char {
 
 inline constexpr int continues = -1;  // option code of a further value of the option before it
 
+// As it stands: a position that a routine has and does not use.
 struct Position {
-  const char* name;
-  Kind kind;
-  Type type;
-  const char* meaning;  // one line for the reference page
+  const char* name = "UNUSED";
+  Kind kind = Kind::optional;
+  Type type = Type::any;
+  const char* meaning = "not looked at";  // one line for the reference page
   int option = 0;
   Pass pass = Pass::none;
 };
@@ -58,8 +59,7 @@ inline constexpr Position precision_position = {"PRECISION", Kind::required, Typ
                                                 "type code of the computation: 5 double, 4 single"};
 inline constexpr Position status_position = {"STATUS", Kind::output, Type::status, "0, or 1 after an error that is passed over"};
 
-// A position that a routine has and does not use.
-inline constexpr Position unused_position = {"UNUSED", Kind::optional, Type::any, "not looked at"};
+inline constexpr Position unused_position;
 
 inline constexpr int most_positions = 44;
 

@@ -52,9 +52,6 @@ class Words {
   int count() const {
     return count_;
   }
-  bool overflowed() const {
-    return overflowed_;
-  }
   const long* data() const {
     return words_;
   }

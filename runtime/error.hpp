@@ -166,6 +166,12 @@ bool failed() {
   return error_state<Half>.type_word[0] != 0;
 }
 
+// A fatal or terminal error stands in this frame, or one of type 6 to 8; for a warning the result is usable.
+template <class Half>
+bool fatal_stands() {
+  return error_state<Half>.type_word[0] > 3;
+}
+
 // The last inner call failed: 3 is a warning with a usable result.
 template <class Half>
 bool inner_failed() {

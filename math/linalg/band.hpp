@@ -42,11 +42,6 @@ T direction(T x) {
   }
 }
 
-// Something worse than a warning stands in the frame of the public function.
-inline bool fatal() {
-  return error_state<Math>.type_word[0] > 3;
-}
-
 // What both solvers take; the factor options differ.
 template <class T>
 struct BandOptions {
@@ -151,6 +146,17 @@ void columns_to_rows(long rows, long n, const T* b, long ld, T* a) {
   }
 }
 
+// Vectors for the estimate: the one that the solutions turn, signs, and the reciprocals of a diagonal. False without memory.
+template <class T>
+bool obtain_estimate_work(long n, T*& x, bool*& signs, T*& reciprocals) {
+  x = scratch<Math, T>(n);
+  signs = scratch_zero<Math, bool>(n);
+  reciprocals = scratch<Math, T>(n);
+  if (x != nullptr && signs != nullptr && reciprocals != nullptr) return true;
+  raise_out_of_memory<Math>({n}, {"n"});
+  return false;
+}
+
 // The 1-norm of the inverse by Hager's method in Higham's form, in exactly five passes; the estimate of the last one counts. The
 // vector of a pass is fixed by the index that the pass before chose, so a repeated index closes a cycle: what the fifth pass
 // would give is then known without running it. The solutions turn x into what they give, and signs is work. With a
@@ -200,7 +206,7 @@ RealOf<T> l_condition_higham(long n, const T* fac, long ldfac, long ncoda, RealO
 // not a number counts as infinite. Nothing after an error of the estimate.
 template <class Real>
 void l_report_condition(Real norm, Real inverse_norm, Real* condition) {
-  if (fatal()) return;
+  if (fatal_stands<Math>()) return;
   Real k = norm * inverse_norm;
   if (std::isnan(k)) k = Machine<Real>::infinity;
   if (k > 1 / Machine<Real>::epsilon) raise<Math>(3, MATH_ILL_CONDITIONED, {.r = {static_cast<double>(1 / k)}});

@@ -246,13 +246,9 @@ void l_lfsqs(long n, const T* fac, long ldfac, long ncoda, const T* b, T* x) {
 
 template <class T>
 RealOf<T> l_condition_higham(long n, const T* fac, long ldfac, long ncoda, RealOf<T> norm) {
-  T* x = scratch<Math, T>(n);
-  bool* signs = scratch_zero<Math, bool>(n);
-  T* reciprocals = scratch<Math, T>(n);
-  if (x == nullptr || signs == nullptr || reciprocals == nullptr) {
-    raise_out_of_memory<Math>({n}, {"n"});
-    return 0;
-  }
+  T *x, *reciprocals;
+  bool* signs;
+  if (!obtain_estimate_work(n, x, signs, reciprocals)) return 0;
   const UpperBand<const T> r = {.data = fac, .ld = ldfac, .n = n, .codiagonals = ncoda};
   for (long j = 0; j < n; ++j) reciprocals[j] = kernel::from_real<T>(1) / *r.diagonal(j);
   const Reciprocals<T> quotient = {reciprocals};

@@ -118,7 +118,7 @@ bool factor_matrix(long n, const T* a, long nlca, long nuca, GeneralOptions<T>& 
   const T* matrix = apart_from_factor(n, a, nlca, nuca, options.factor);
   if (matrix == nullptr) return false;
   l_l2trb<T>(n, matrix, n, 1, nlca, nuca, options.factor, 2 * nlca + nuca + 1, options.pivots, options.block);
-  return !fatal();
+  return !fatal_stands<Math>();
 }
 
 template <class T>
@@ -137,13 +137,13 @@ T* l_lin_sol_gen_band(long n, T* a, long nlca, long nuca, T* b, Options& list) {
       return nullptr;
     }
     l_lfsrb<T>(n, options.factor, 2 * nlca + nuca + 1, nlca, nuca, options.pivots, b, options.transpose ? 2 : 1, x);
-    if (fatal()) return nullptr;
+    if (fatal_stands<Math>()) return nullptr;
   }
   if (estimate) {
     l_report_condition(norm, l_condition_higham<T>(n, options.factor, 2 * nlca + nuca + 1, nlca, nuca, options.pivots, norm),
                        options.condition);
   }
-  if (fatal()) return nullptr;
+  if (fatal_stands<Math>()) return nullptr;
   if (!options.solve_only && options.give_factor != nullptr) {
     *options.give_factor = options.factor;  // before they are kept: a bad address must not cost them
     *options.give_pivots = options.pivots;

@@ -281,13 +281,9 @@ void l_lfsrb(long n, const T* fac, long ldfac, long nlca, long nuca, const long*
 
 template <class T>
 RealOf<T> l_condition_higham(long n, const T* fac, long ldfac, long nlca, long nuca, const long* pvt, RealOf<T> norm) {
-  T* x = scratch<Math, T>(n);
-  bool* signs = scratch_zero<Math, bool>(n);
-  T* reciprocals = scratch<Math, T>(n);
-  if (x == nullptr || signs == nullptr || reciprocals == nullptr) {
-    raise_out_of_memory<Math>({n}, {"n"});
-    return 0;
-  }
+  T *x, *reciprocals;
+  bool* signs;
+  if (!obtain_estimate_work(n, x, signs, reciprocals)) return 0;
   const Factor<const T> f = {.data = fac, .ld = ldfac, .n = n, .lower = nlca, .upper = nlca + nuca};
   for (long j = 0; j < n; ++j) reciprocals[j] = kernel::from_real<T>(1) / *f.diagonal(j);
   const Reciprocals<T> quotient = {reciprocals};

@@ -95,7 +95,7 @@ T* solve_only(long n, long ncoda, const T* b, const BandOptions<T>& options) {
     return nullptr;
   }
   l_lfsqs_rows<T>(n, options.factor, ncoda, b, x);
-  if (fatal()) return nullptr;
+  if (fatal_stands<Math>()) return nullptr;
   keep<Math>(x);
   return x;
 }
@@ -123,11 +123,11 @@ T* l_lin_sol_posdef_band(long n, T* a, long ncoda, T* b, Options& list) {
   const bool estimate = !options.factor_only || options.condition != nullptr;
   const RealOf<T> norm = estimate ? run_for_processor<SymmetricNorm>(n, static_cast<const T*>(a), ncoda) : 0;
   l_lftqs<T>(n, columns, ncoda + 1, ncoda, columns, ncoda + 1);
-  if (!fatal() && !options.factor_only) l_lfsqs<T>(n, columns, ncoda + 1, ncoda, b, x);
-  if (!fatal() && estimate) {
+  if (!fatal_stands<Math>() && !options.factor_only) l_lfsqs<T>(n, columns, ncoda + 1, ncoda, b, x);
+  if (!fatal_stands<Math>() && estimate) {
     l_report_condition(norm, l_condition_higham<T>(n, columns, ncoda + 1, ncoda, norm), options.condition);
   }
-  if (fatal() || !hand_over_factor(n, columns, ncoda, options)) return nullptr;
+  if (fatal_stands<Math>() || !hand_over_factor(n, columns, ncoda, options)) return nullptr;
   if (options.factor_only) return nullptr;
   keep<Math>(x);
   return x;

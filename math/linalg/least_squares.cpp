@@ -206,7 +206,7 @@ bool solve_with_factor(const LeastSquares<Real>& p, Arrays<Real>& w) {
   const int shift = too_long(p.m, qty) ? room_for(p.m) : 0;
   scale(-shift, p.m, qty);
   lqrsl<Math, Real>(p.m, kbasis, w.qr, p.m, w.qraux, qty, nullptr, qty, x, qty, nullptr, with_residual ? 110 : 100);
-  if (error_state<Math>.type_word[0] > 3) return false;
+  if (fatal_stands<Math>()) return false;
   scale(shift, p.n, x);
   for (long i = 0; p.pvt != nullptr && i < kbasis - 1; ++i) {
     if (p.pvt[i] >= 1 && p.pvt[i] <= kbasis) std::swap(x[i], x[p.pvt[i] - 1]);

@@ -92,26 +92,25 @@ Estimate<Real> end_piece(const F& f, Real bl, Real br, Real exponent, const Real
   return settled(e);
 }
 
+// The weight that an end of the interval gives at that distance.
+template <class Real>
+inline Real end_weight(Real distance, Real exponent, bool logarithm) {
+  const Real power = std::pow(distance, exponent);
+  return logarithm ? power * std::log(distance) : power;
+}
+
 template <class F, class Real = typename F::real>
 WeightedEstimate<Real> l_q4aws(const F& f, Real a, Real b, Real bl, Real br, Real alpha, Real beta, long weight,
                                const AlgLogMoments<Real>& m) {
   const bool log_left = weight == left_log || weight == both_logs, log_right = weight == right_log || weight == both_logs;
   if (bl == a && (alpha != 0 || log_left)) {
     return {end_piece(f, bl, br, alpha, m.ri, log_left ? m.rg : nullptr,
-                      [&](Real x) {
-                        Real w = std::pow(b - x, beta);
-                        if (log_right) w *= std::log(b - x);
-                        return w * f(x);
-                      }),
+                      [&](Real x) { return end_weight(b - x, beta, log_right) * f(x); }),
             25};
   }
   if (br == b && (beta != 0 || log_right)) {
     return {end_piece(f, bl, br, beta, m.rj, log_right ? m.rh : nullptr,
-                      [&](Real x) {
-                        Real w = std::pow(x - a, alpha);
-                        if (log_left) w *= std::log(x - a);
-                        return w * f(x);
-                      }),
+                      [&](Real x) { return end_weight(x - a, alpha, log_left) * f(x); }),
             25};
   }
   return {l_q8awo(

@@ -43,7 +43,7 @@ struct Probe {
     return value;
   }
   bool given_up() const {
-    return error_state<Math>.type_word[0] > 3;
+    return fatal_stands<Math>();
   }
 };
 

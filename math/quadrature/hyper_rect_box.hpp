@@ -26,7 +26,7 @@ struct Request {
   }
   // The function raised a fatal error: further calls would only repeat it.
   bool given_up() const {
-    return error_state<Math>.type_word[0] > 3;
+    return fatal_stands<Math>();
   }
   bool reached(Real abserr, Real value) const {
     return abserr <= std::max(err_abs, err_rel * std::abs(value));

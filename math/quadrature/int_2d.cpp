@@ -44,7 +44,7 @@ struct Inner {
     leave_user<Math>(frame);
   }
   bool given_up() const {
-    return error_state<Math>.type_word[0] > 3;
+    return fatal_stands<Math>();
   }
 };
 
@@ -58,7 +58,7 @@ struct Outer {
   void begin() const {}
   void end() const {}
   bool given_up() const {
-    return error_state<Math>.type_word[0] > 3;
+    return fatal_stands<Math>();
   }
   Real operator()(Real x) const {
     if (given_up()) return 0;

@@ -178,7 +178,7 @@ void raise_bad_point(Real left, Real right) {
 // The ending as an error. An error of the user's function goes before.
 template <class Half, class Real>
 void report_ending(const Outcome<Real>& outcome, const IntOptions<Real>& o, const Subintervals<Real>& s, long limit_type) {
-  if (lost<Half>()) return;
+  if (fatal_stands<Half>()) return;
   switch (outcome.ier) {
     case too_many_intervals:
       raise<Half>(limit_type, MATH_MAX_SUBINTERVALS, {.i = {o.max_subinter}});
@@ -239,7 +239,7 @@ void write_outputs(const Outcome<Real>& outcome, const IntOptions<Real>& o, Subi
 
 template <class Half, class Real>
 Real conclude(Real result) {
-  return lost<Half>() ? Machine<Real>::not_a_number : result;
+  return fatal_stands<Half>() ? Machine<Real>::not_a_number : result;
 }
 
 // The end of a worker whose endings follow the common table.
@@ -280,7 +280,7 @@ Real l_q2agi(const Integrand<Half, Real>& f, Real bound, long inf, long interval
   write_outputs(outcome, o, s);
   if (outcome.ier != bad_point) {
     report_ending<Half>(outcome, o, s, 5);
-  } else if (!lost<Half>()) {  // the subinterval in x, and its mirror image
+  } else if (!fatal_stands<Half>()) {  // the subinterval in x, and its mirror image
     const Real origin = inf == 2 ? Real(0) : bound, direction = inf < 0 ? Real(-1) : Real(1);
     const double p = as_double(origin + direction * ((1 - s.left(s.last)) / s.left(s.last)));
     const double q = as_double(origin + direction * ((1 - s.right(s.last)) / s.right(s.last)));

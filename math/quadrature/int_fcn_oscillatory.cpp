@@ -80,7 +80,7 @@ Real l_q2awf(const Integrand<Math, Real>& f, Real a, long weight, Real omega, co
   if (o.err_est != nullptr) *o.err_est = outcome.abserr;
   if (o.n_evals != nullptr) *o.n_evals = outcome.neval;
   if (o.n_cycles != nullptr) *o.n_cycles = outcome.last;
-  if (!lost<Math>()) {
+  if (!fatal_stands<Math>()) {
     if (outcome.ier == bad_cycle) raise<Math>(3, MATH_BAD_INTEGRAND_BEHAVIOR);
     if (outcome.ier == too_many_cycles) raise<Math>(4, MATH_MAX_CYCLES_ACHIEVED, {.i = {o.max_cycles}});
     if (outcome.ier == slow_extrapolation) raise<Math>(3, MATH_EXTRAPOLATION_PROBLEMS, {.r = {as_double(o.err_abs)}});

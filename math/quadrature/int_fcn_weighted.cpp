@@ -59,7 +59,7 @@ Real l_qdng(const Integrand<Math, Real>& f, Real a, Real b, const IntOptions<Rea
   if (failed<Math>()) return Machine<Real>::not_a_number;
   const SmoothOutcome<Real> outcome = l_q3ng(f, a, b, o.err_abs, o.err_rel);
   if (o.err_est != nullptr) *o.err_est = outcome.abserr;
-  if (!outcome.reached && !lost<Math>()) raise<Math>(4, MATH_MAX_STEPS_ALLOWED);
+  if (!outcome.reached && !fatal_stands<Math>()) raise<Math>(4, MATH_MAX_STEPS_ALLOWED);
   return conclude<Math>(outcome.result);
 }
 

@@ -34,78 +34,13 @@ struct Chebyshev24;
 
 #define V(x) x
 #define ZENT_TABLE_REAL double
-ZENT_QUADRATURE_TABLES(15)
-#include "math/quadrature/tables/kronrod15.inc"
-};
-ZENT_QUADRATURE_TABLES(21)
-#include "math/quadrature/tables/kronrod21.inc"
-}
-;
-ZENT_QUADRATURE_TABLES(31)
-#include "math/quadrature/tables/kronrod31.inc"
-}
-;
-ZENT_QUADRATURE_TABLES(41)
-#include "math/quadrature/tables/kronrod41.inc"
-}
-;
-ZENT_QUADRATURE_TABLES(51)
-#include "math/quadrature/tables/kronrod51.inc"
-}
-;
-ZENT_QUADRATURE_TABLES(61)
-#include "math/quadrature/tables/kronrod61.inc"
-}
-;
-template <>
-struct Patterson<double> {
-  using Real = double;
-#include "math/quadrature/tables/patterson.inc"
-};
-template <>
-struct Chebyshev24<double> {
-  using Real = double;
-#include "math/quadrature/tables/chebyshev24.inc"
-};
+#include "math/quadrature/rule_tables.inc"
 #undef V
 #undef ZENT_TABLE_REAL
 
 #define V(x) x##F
 #define ZENT_TABLE_REAL float
-ZENT_QUADRATURE_TABLES(15)
-#include "math/quadrature/tables/kronrod15.inc"
-}
-;
-ZENT_QUADRATURE_TABLES(21)
-#include "math/quadrature/tables/kronrod21.inc"
-}
-;
-ZENT_QUADRATURE_TABLES(31)
-#include "math/quadrature/tables/kronrod31.inc"
-}
-;
-ZENT_QUADRATURE_TABLES(41)
-#include "math/quadrature/tables/kronrod41.inc"
-}
-;
-ZENT_QUADRATURE_TABLES(51)
-#include "math/quadrature/tables/kronrod51.inc"
-}
-;
-ZENT_QUADRATURE_TABLES(61)
-#include "math/quadrature/tables/kronrod61.inc"
-}
-;
-template <>
-struct Patterson<float> {
-  using Real = float;
-#include "math/quadrature/tables/patterson.inc"
-};
-template <>
-struct Chebyshev24<float> {
-  using Real = float;
-#include "math/quadrature/tables/chebyshev24.inc"
-};
+#include "math/quadrature/rule_tables.inc"
 #undef V
 #undef ZENT_TABLE_REAL
 #undef ZENT_QUADRATURE_TABLES

@@ -176,15 +176,20 @@ void weigh(const Length& length, const Choices& choices, long n, int widest, Pow
   }
 }
 
-}  // namespace
-
-void plan_line(long n, int widest, Plan& plan) {
-  const Length length = taken_apart(n);
+// One line, no stages yet.
+void begin(Plan& plan, long n) {
   plan.n = n;
   plan.count = plan.first_count = 0;
   plan.width = 1;
   plan.n1 = 1;
   plan.large_prime = 0;
+}
+
+}  // namespace
+
+void plan_line(long n, int widest, Plan& plan) {
+  const Length length = taken_apart(n);
+  begin(plan, n);
   if (length.primes > 0 && length.prime[length.primes - 1] > largest_radix) {
     plan.large_prime = length.prime[length.primes - 1];
     plan.n1 = n / plan.large_prime;
@@ -216,11 +221,7 @@ void plan_line(long n, int widest, Plan& plan) {
 
 void plan_columns(long n, Plan& plan) {
   const Length length = taken_apart(n);
-  plan.n = n;
-  plan.count = plan.first_count = 0;
-  plan.width = 1;
-  plan.n1 = 1;
-  plan.large_prime = 0;
+  begin(plan, n);
   add_stages(plan, Choices(length.powers), length.powers, length.prime, length.primes, false);
   place_stages(plan);
 }

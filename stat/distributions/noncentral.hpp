@@ -96,7 +96,8 @@ inline Mixture<Real> noncentral(Real x, Real df, Real lambda) {
     if constexpr (sizeof(Real) == sizeof(float)) {
       if (sum.value < Machine<Real>::smallest / Machine<Real>::epsilon) {  // central values underflowed that count
         const Mixture<double> wide = noncentral_sum(shown(x), shown(df), shown(lambda));
-        return {static_cast<Real>(wide.value), static_cast<Real>(wide.slope), wide.settled};
+        const bool settled = wide.settled || noncentral_underflows(x, df, lambda);  // 0 in the range of Real, either way
+        return {static_cast<Real>(wide.value), static_cast<Real>(wide.slope), settled};
       }
     }
     return sum;

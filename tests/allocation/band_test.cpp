@@ -1,38 +1,10 @@
 // Every allocation of the band solvers, the norms and the products made to fail in turn: an error, no block lost, the matrix as
 // it was, and the next call works.
 #include "tests/band/forms.hpp"
-#include "tests/support/failing_allocation.hpp"
+#include "tests/support/survive.hpp"
 
 namespace band_test {
 namespace {
-
-// Fails the k-th allocation for k = 1, 2, ... until the call goes through; `run` returns the result, null on failure.
-template <class Run>
-void survive(Run run, int least) {
-  be_quiet();
-  zent_find_message(MATH_OUT_OF_MEMORY_1);  // the catalogue is read once
-  int failures = 0;
-  for (long k = 1;; ++k) {
-    const long before = failing::live_blocks();
-    failing::arm(k);
-    void* result = run();
-    const bool struck = failing::struck();
-    failing::arm(0);
-    if (result == nullptr) {
-      EXPECT_GE(zent_error_code(), MATH_OUT_OF_MEMORY_1);
-      EXPECT_LE(zent_error_code(), MATH_OUT_OF_MEMORY_3);
-      EXPECT_EQ(zent_error_type(), 5);
-      ++failures;
-    }
-    zent_free_allocated_memory(result);
-    EXPECT_EQ(failing::live_blocks(), before) << k;
-    if (!struck) {
-      EXPECT_NE(result, nullptr);
-      break;
-    }
-  }
-  EXPECT_GE(failures, least);
-}
 
 TEST(BandAllocation, IsCheckedEverywhere) {
   Band<double> m(200, 40, 40);
@@ -40,16 +12,16 @@ TEST(BandAllocation, IsCheckedEverywhere) {
   std::fill(definite.begin() + 40 * 200, definite.end(), 100.0);
   std::vector<long> pivots(200);
   const std::vector<double> kept = m.a;
-  survive([&] { return zent_d_lin_sol_gen_band(200L, m.a.data(), 40L, 40L, b.data(), 0); }, 4);
+  failing::survive([&] { return zent_d_lin_sol_gen_band(200L, m.a.data(), 40L, 40L, b.data(), 0); }, 4);
   EXPECT_TRUE(same(kept, m.a.data()));
-  survive(
+  failing::survive(
       [&] {
         std::copy(kept.begin(), kept.end(), factor.begin());
         return zent_d_lin_sol_gen_band(200L, factor.data(), 40L, 40L, b.data(), ZENT_FACTOR_USER, pivots.data(), factor.data(),
                                        0);
       },
       2);
-  survive(
+  failing::survive(
       [&] {
         double* rows = nullptr;
         double* x = zent_d_lin_sol_posdef_band(200L, definite.data(), 40L, b.data(), ZENT_FACTOR, &rows, 0);
@@ -59,9 +31,9 @@ TEST(BandAllocation, IsCheckedEverywhere) {
       },
       4);
   Zent_d_sparse_elem e[] = {{0, 0, 1}, {1, 0, 2}};
-  survive([&] { return zent_d_mat_mul_rect_coordinate("A*trans(A)", ZENT_A_MATRIX, 2, 2, 2, e, 0); }, 6);
-  survive([&] { return zent_d_mat_mul_rect_band("A*A", ZENT_A_MATRIX, 200, 200, 40, 40, m.a.data(), 0); }, 1);
-  survive([&] { return zent_d_mat_mul_rect("A*A", ZENT_A_MATRIX, 14, 14, m.a.data(), 0); }, 1);
+  failing::survive([&] { return zent_d_mat_mul_rect_coordinate("A*trans(A)", ZENT_A_MATRIX, 2, 2, 2, e, 0); }, 6);
+  failing::survive([&] { return zent_d_mat_mul_rect_band("A*A", ZENT_A_MATRIX, 200, 200, 40, 40, m.a.data(), 0); }, 1);
+  failing::survive([&] { return zent_d_mat_mul_rect("A*A", ZENT_A_MATRIX, 14, 14, m.a.data(), 0); }, 1);
   failing::arm(1);
   EXPECT_TRUE(std::isnan(zent_d_matrix_norm_coordinate(2L, 2L, 2L, e, ZENT_ONE_NORM, 0)));
   EXPECT_EQ(zent_error_code(), MATH_OUT_OF_MEMORY_1);

@@ -31,8 +31,8 @@ inline void write_file(const std::string& file, const std::vector<unsigned char>
 class Folder {
  public:
   Folder() {
-    char name[] = "/tmp/zent-catalogue-XXXXXX";
-    name_ = mkdtemp(name);
+    name_ = "/tmp/zent-catalogue-" + std::string(6, 'X');  // the end is replaced
+    mkdtemp(name_.data());
   }
   Folder(const Folder&) = delete;
   ~Folder() {

@@ -116,6 +116,10 @@ TEST(DistributionErrors, ChiSquaredAndGamma) {
   // 1.1e-285, where all the terms that it takes underflow; and 0, where the others do so too.
   EXPECT_LT(zents_d_non_central_chi_sq(8249.72265625, 7.0646209716796875, 16103.630859375), 1e-284);
   EXPECT_EQ(zents_n1rcd(1), STAT_CONV_NOT_OBTAINED);
+  for (float x : {8249.72265625F, 12000.0F}) {  // 1.1e-285 and 6.0e-68: plain zeros in single precision
+    EXPECT_EQ(zents_f_non_central_chi_sq(x, 7.0646209716796875F, 16103.630859375F), 0);
+    EXPECT_EQ(zents_n1rty(1), 0) << x;
+  }
   for (double x : {5e-324, 1e-300, 1e-3, 4000.0}) {
     EXPECT_EQ(zents_d_non_central_chi_sq(x, 3, 16000), 0);
     EXPECT_EQ(zents_n1rty(1), 0) << x;
