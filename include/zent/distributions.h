@@ -38,7 +38,7 @@ ZENT_API float zents_f_chi_squared_inverse_cdf(float p, float df);
 ZENT_API double zents_d_chi_squared_inverse_cdf(double p, double df);
 
 /* The non-central chi-squared distribution. df outside 0.5 to 200000: 30066; lambda < 0: 30067; df + lambda > 200000: 30068;
- * chi_squared <= 0: Note 30069, 0; more than 1000 terms to one side (lambda beyond about 28000): Warning 30070. Method: Poisson
+ * chi_squared <= 0: Note 30069, 0; more than 1000 terms to one side (lambda beyond about 39000, in single precision 170000): Warning 30070. Method: Poisson
  * mixture of central distributions. */
 ZENT_API float zents_f_non_central_chi_sq(float chi_squared, float df, float lambda);
 ZENT_API double zents_d_non_central_chi_sq(double chi_squared, double df, double lambda);

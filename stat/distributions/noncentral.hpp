@@ -35,8 +35,8 @@ bool noncentral_underflows(Real x, Real df, Real lambda) {
 }
 
 // x, lambda > 0. One walk from the largest weight down to index 0, where central values grow by positive steps, and one up, where
-// they fall and are computed afresh before the subtractions have cost a digit. A walk cut short is settled when the weights fall
-// so fast from there on that what it leaves out cannot be more than 100 epsilon of the value.
+// they fall and are computed afresh before the subtractions have cost a digit. A walk cut short is settled when
+// its last term is below 100 epsilon of the value.
 template <class Real>
 Mixture<Real> noncentral_sum(Real x, Real df, Real lambda) {
   const Real z = x / 2, mean = lambda / 2, shape = df / 2, epsilon = Machine<Real>::epsilon;
@@ -61,8 +61,7 @@ Mixture<Real> noncentral_sum(Real x, Real df, Real lambda) {
     if (sum.value > 0 && added <= last && added <= epsilon * sum.value && weight < least_weight) break;
     last = added;
     if (start - i == longest_walk && i > 0) {
-      sum.settled = sum.value > 0 ? added <= left_out * (1 - static_cast<Real>(i) / mean) * sum.value
-                                  : noncentral_underflows(x, df, lambda);
+      sum.settled = sum.value > 0 ? added <= left_out * sum.value : noncentral_underflows(x, df, lambda);
       break;
     }
   }
@@ -79,7 +78,7 @@ Mixture<Real> noncentral_sum(Real x, Real df, Real lambda) {
     sum.slope += weight * step * a;
     if (weight < least_weight * sum.value || added <= epsilon / 4 * sum.value) break;
     if (i - start == longest_walk) {
-      sum.settled = sum.settled && added <= left_out * (1 - mean / static_cast<Real>(i)) * sum.value;
+      sum.settled = sum.settled && added <= left_out * sum.value;
       break;
     }
   }
