@@ -1,6 +1,8 @@
 // What the wrappers of the band solvers, the norms and the products share.
 #pragma once
 
+#include <cstring>
+
 #include "binding/dense_positions.hpp"
 
 namespace zent::binding {
@@ -24,6 +26,17 @@ inline bool fits_option(const Arguments& arguments, int k) {
   std::snprintf(text, sizeof text, "%s: argument %s does not fit in 32 bits", arguments.routine->label,
                 arguments.routine->positions[k].name);
   return refuse(text);
+}
+
+// A product of two matrices has a size of its own, and the caller's result is as long as a vector. What is no product at all is
+// left to the library.
+inline bool multiplies_vector(const Arguments& arguments, int operation) {
+  const char* const text = arguments.text(operation);
+  if (std::strchr(text, '*') == nullptr || std::strpbrk(text, "xX") != nullptr) return true;
+  static char message[160];
+  std::snprintf(message, sizeof message, "%s: argument %s must be the product of a matrix and x", arguments.routine->label,
+                arguments.routine->positions[operation].name);
+  return refuse(message);
 }
 
 // An array of sparse elements lies in memory as the library has it: row, column, value.

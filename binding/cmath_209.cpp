@@ -31,7 +31,10 @@ long mathstat_209(int argc, ORV_VARIABLE** argv, char*) {
   void* function;
   const long failed = open_call(routine_209, forms, argc, argv, arguments, function);
   if (failed != 0 || function == nullptr) return failed;
-  if (!fits_option(arguments, rows) || !fits_option(arguments, lower) || !fits_option(arguments, upper)) return 0;
+  if (!multiplies_vector(arguments, operation) || !fits_option(arguments, rows) || !fits_option(arguments, lower) ||
+      !fits_option(arguments, upper)) {
+    return 0;
+  }
   const long nrow = arguments.integer(rows), m = arguments.integer(lower) + arguments.integer(upper) + 1;
   const long ncol = m < 1 ? 0 : arguments.count[matrix] / m;
   if (ncol * m != arguments.count[matrix] || ncol != static_cast<int>(ncol) || arguments.count[vector] > 0x7fffffff) {

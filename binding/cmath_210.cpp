@@ -31,7 +31,7 @@ long mathstat_210(int argc, ORV_VARIABLE** argv, char*) {
   void* function;
   const long failed = open_call(routine_210, forms, argc, argv, arguments, function);
   if (failed != 0 || function == nullptr) return failed;
-  if (!is_coordinate(arguments, matrix)) return 0;
+  if (!is_coordinate(arguments, matrix) || !multiplies_vector(arguments, operation)) return 0;
   if (!fits_option(arguments, rows) || !fits_option(arguments, columns)) return 0;
   const long nrow = arguments.integer(rows), ncol = arguments.integer(columns);
   if (arguments.count[vector] > 0x7fffffff || arguments.count[matrix] > 0x7fffffff) {

@@ -84,17 +84,19 @@ bool read_head(Arguments& arguments, const Position& position, int k) {
     return refuse(arguments, position, "must be ", type_name(ORV_TYP_INT64), type_name(type));
   }
   if (!fetch(arguments, position, k)) return false;
-  if (position.type == Type::precision) {
-    arguments.precision = *arguments.array<int>(k);
-  } else {
+  if (position.type == Type::status) {
     arguments.status = arguments.array<int>(k);
+    return true;
   }
+  arguments.precision = *arguments.array<int>(k);
+  if (position.type == Type::real_precision && !arguments.is_double()) arguments.precision = ORV_TYP_FLOAT;
   return true;
 }
 
 bool read_position(Arguments& arguments, const Position& position, int k) {
   ORV_VARIABLE* const variable = arguments.variable[k];
-  if (position.type == Type::precision || position.type == Type::status) return read_head(arguments, position, k);
+  const bool in_head = position.type == Type::precision || position.type == Type::real_precision || position.type == Type::status;
+  if (in_head) return read_head(arguments, position, k);
   if (variable->type == ORV_TYP_UNDEF) return position.kind != Kind::required || refuse_undefined(variable);
   const int expected = expected_type(arguments, position.type);
   if (expected >= 0 && variable->type != expected) {

@@ -13,13 +13,14 @@ enum class Kind : unsigned char {
 };
 
 enum class Type : unsigned char {
-  precision,  // type code of the computation, 32 bits are read
-  status,     // 32 bits are written
-  real,       // float or double as the precision says
-  field,      // of the type code in the precision: 4, 5, 6 or 9
-  complex,    // 9 in double, else 6
-  integer,    // 64 bits
-  text,       // a string; present only when it is not empty
+  precision,       // type code of the computation, 32 bits are read
+  real_precision,  // likewise, of a real one: whatever is not 5 counts as 4
+  status,          // 32 bits are written
+  real,            // float or double as the precision says
+  field,           // of the type code in the precision: 4, 5, 6 or 9
+  complex,         // 9 in double, else 6
+  integer,         // 64 bits
+  text,            // a string; present only when it is not empty
   byte,
   structure,
   any,  // the wrapper looks for itself
@@ -55,7 +56,7 @@ struct Routine {
   const Position* positions;
 };
 
-inline constexpr Position precision_position = {"PRECISION", Kind::required, Type::precision,
+inline constexpr Position precision_position = {"PRECISION", Kind::required, Type::real_precision,
                                                 "type code of the computation: 5 double, 4 single"};
 inline constexpr Position status_position = {"STATUS", Kind::output, Type::status, "0, or 1 after an error that is passed over"};
 

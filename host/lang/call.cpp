@@ -25,6 +25,11 @@ std::string counted(long n, const char* what) {
   return std::to_string(n) + " " + what + (n == 1 ? "" : "s");
 }
 
+const Function* named(const std::string& name, const Unit& unit) {
+  const auto found = unit.find(name);
+  return found == unit.end() ? nullptr : found->second;
+}
+
 }  // namespace
 
 // A library may end the process when its own stack of calls is full, so the language stops well before that.
@@ -39,18 +44,10 @@ void Interpreter::enter() {
   ++depth_;
 }
 
-const Function* Interpreter::find_function(std::string_view name) {
-  if (unit_) {
-    const auto found = unit_->find(name);
-    if (found != unit_->end()) return found->second;
-  }
-  const auto found = session_.find(name);
-  return found == session_.end() ? nullptr : found->second;
-}
-
+// A routine file keeps its meaning whatever the session defines: there the session comes last.
 void Interpreter::resolve(const Expr& e) {
   using Target = Expr::Target;
-  e.function = find_function(e.name);
+  e.function = named(e.name, unit_ ? *unit_ : session_);
   e.builtin = nullptr;
   if (e.function) {
     e.target = Target::user;
@@ -63,6 +60,7 @@ void Interpreter::resolve(const Expr& e) {
     e.target = Target::module;
   } else {
     e.function = load_routine(e.name);
+    if (!e.function) e.function = named(e.name, session_);
     e.target = Target::user;
     if (!e.function) throw Error("ERROR", "there is no function or procedure '" + e.name + "'");
   }

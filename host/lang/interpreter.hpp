@@ -174,7 +174,6 @@ class Interpreter {
   // calls
   void call(const Expr& e, Value& result, bool as_statement);
   void resolve(const Expr& e);
-  const Function* find_function(std::string_view name);
   void call_user(const Expr& e, const Function& f, Value& result);
   void run_routine(const Function& f, Value* frame, Value& result);
   static std::size_t parameter_of(const Expr& e, const Function& f, std::size_t argument);

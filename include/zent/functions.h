@@ -33,8 +33,8 @@ ZENT_API double zent_d_erfc_inverse(double y);
 ZENT_API float zent_f_gamma(float x);
 ZENT_API double zent_d_gamma(double x);
 
-/* log |gamma(x)|. A negative integer: 9006, 9021; overflow: 9011 near 0, 9013 for huge x; near a negative integer: Warning 9020.
- */
+/* log |gamma(x)|. 0: 9024 (type 5); a negative integer: 9006 (type 5, below -10 type 4); overflow: 9011 near 0, 9013 for huge x
+ * (type 4); near a negative integer: Warning 9020. */
 ZENT_API float zent_f_log_gamma(float x);
 ZENT_API double zent_d_log_gamma(double x);
 

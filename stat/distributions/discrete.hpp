@@ -370,6 +370,26 @@ Real hyper_term(long k, long a, long b, long l) {
   return std::exp(exponent - deviances) * std::sqrt(square);
 }
 
+// The sum from the term of k on. In wide distributions it takes wider numbers, for thousands of neighbouring ratios are rounded
+// alike; where there are millions, these would be too slow.
+inline constexpr double wide_hyper_from = 1e5, wide_hyper_to = 1e11;
+
+template <class Wide, class Real>
+Real hyper_sum_from(Real first, long k, long least, long a, long b, long l, bool complement) {
+  const Wide ra = static_cast<Wide>(a), rb = static_cast<Wide>(b), rest = static_cast<Wide>(l - a - b);
+  Wide term = static_cast<Wide>(first), sum = complement ? 0 : term;
+  for (long j = k; complement ? j < a : j > least; j += complement ? 1 : -1) {
+    const Wide i = static_cast<Wide>(j);
+    const Wide ratio =
+        complement ? (ra - i) * (rb - i) / ((i + 1) * (rest + i + 1)) : i * (rest + i) / ((ra - i + 1) * (rb - i + 1));
+    term *= ratio;
+    sum += term;
+    // The ratios fall, but next to 1 many terms follow.
+    if (term <= static_cast<Wide>(Machine<Real>::epsilon / 8) * (1 - ratio) * sum) break;
+  }
+  return static_cast<Real>(complement ? 1 - sum : sum);
+}
+
 // The probability of k, where a cell is small as a quotient of binomial probabilities, and the sum from there on; for parameters
 // that make the products above too long, so that their rounding would show.
 template <class Real>
@@ -377,19 +397,14 @@ Real hyper_from_term(long k, long least, long a, long b, long l, bool complement
   if (b == l) return 1;
   const Real share = static_cast<Real>(b) / static_cast<Real>(l);
   const Real p = share < 1 ? share : 1 - Machine<Real>::epsilon / 2;  // any p will do for the quotient
-  Real term = are_cells_large(k, a, b, l)
-                  ? hyper_term<Real>(k, a, b, l)
-                  : binomial(k, a, p, Kind::pdf) / binomial(b, l, p, Kind::pdf) * binomial(b - k, l - a, p, Kind::pdf);
+  const Real term = are_cells_large(k, a, b, l)
+                        ? hyper_term<Real>(k, a, b, l)
+                        : binomial(k, a, p, Kind::pdf) / binomial(b, l, p, Kind::pdf) * binomial(b - k, l - a, p, Kind::pdf);
   if (kind == Kind::pdf) return term;
-  const Real ra = static_cast<Real>(a), rb = static_cast<Real>(b), rest = static_cast<Real>(l - a - b);
-  Real sum = complement ? 0 : term;
-  for (long j = k; complement ? j < a : j > least; j += complement ? 1 : -1) {
-    const Real i = static_cast<Real>(j);
-    term *= complement ? (ra - i) * (rb - i) / ((i + 1) * (rest + i + 1)) : i * (rest + i) / ((ra - i + 1) * (rb - i + 1));
-    sum += term;
-    if (term < Machine<Real>::epsilon / 8 * sum || term == 0) break;
-  }
-  return complement ? 1 - sum : sum;
+  const double variance = shown(static_cast<Real>(a) * share * (1 - share));
+  const bool is_wide = variance > wide_hyper_from && variance < wide_hyper_to;
+  return is_wide ? hyper_sum_from<long double>(term, k, least, a, b, l, complement)
+                 : hyper_sum_from<Real>(term, k, least, a, b, l, complement);
 }
 
 // 1 <= n, m <= l, k >= 0.

@@ -65,6 +65,7 @@ TEST(DistributionValues, LongSumsDifferencesAndTails) {
       BOTH(hyper_cdf, 0.184416642132252944, 16, 2, 3189, 10938, 5131, 17453),
       BOTH(hypergeometric_pdf, 2.73137574394103447e-10, 24, 2, 534, 19891, 16474, 482477),
       BOTH(hyper_cdf, 8.67361737988373456e-14, 64, 2, 19999, 20000, (1L << 60) - 5, 1L << 60),
+      BOTH(hyper_cdf, 0.229635375545999617843, 50, 2, 155405802, 315979230, 412534967, 838759713),
       // many factors that hardly differ
       BOTH(hypergeometric_pdf, 8425.0 / 18219, 4, 2, 9794, 18218, 9794, 18219),
       BOTH(hyper_cdf, 0.9999892564077502297916, 2, 2, 0, 8785, 1161567, 949804408821709),
