@@ -89,8 +89,20 @@ double sequence(double x, double y, long n) {
   zent_z_bessel_Jx_adr(&order, &z, n, ZENT_RETURN_USER, out, 0);
   return out[0].re;
 }
+// By value, without storage of the caller, a call arms no trap.
+template <class Function>
+double by_value(Function function, double x) {
+  zent_d_complex* const out = function(0.25, {x, 0}, 1, 0);
+  const double value = out->re;
+  zent_free_allocated_memory(out);
+  return value;
+}
 RUN(J_complex_zent, 0.1, 30, sequence(x, 1, 1));
 RUN(J_real_zent, 0.1, 30, sequence(x, 0, 1));
+RUN(J_by_value_zent, 0.1, 30, by_value(zent_z_bessel_Jx, x));
+RUN(Y_by_value_zent, 0.1, 30, by_value(zent_z_bessel_Yx, x));
+RUN(I_by_value_zent, 0.1, 30, by_value(zent_z_bessel_Ix, x));
+RUN(K_by_value_zent, 0.1, 30, by_value(zent_z_bessel_Kx, x));
 RUN(J_ten_orders_zent, 0.1, 30, sequence(x, 1, 10));
 
 // The element loop of the host, which needs no trap.

@@ -13,10 +13,11 @@ namespace zent::functions {
 template <class Real>
 inline constexpr Real hankel_modulus = static_cast<Real>(std::numeric_limits<Real>::digits * 0.3466 + 1.6);
 
-// Neighbouring orders of K exp(z) with a common exponent.
-template <class Real>
+// Neighbouring orders of K exp(z), or of Y, with a common exponent.
+template <class T>
 struct KPair {
-  Complex<Real> k0, k1;
+  using Real = kernel::RealOf<T>;
+  T k0, k1;
   long exponent;
 
   void rescale() {
@@ -49,11 +50,14 @@ bool l_near_zero(Complex<Real> z) {
   return size <= static_cast<Real>(2.5) && size + z.re <= 3;
 }
 
-// The orders mu and mu + 1 near z = 0, |mu| <= 1/2. N. M. Temme, J. Comput. Phys. 19 (1975).
+// 1/Gamma(1 + mu) as even - mu odd, both of them even functions.
 template <class Real>
-KPair<Real> l_temme(Real mu, Complex<Real> z) {
-  using C = Complex<Real>;
-  const Real pi = static_cast<Real>(3.14159265358979323846), square = mu * mu;
+struct GammaParts {
+  Real even, odd;
+};
+template <class Real>
+GammaParts<Real> gamma_parts(Real mu) {
+  const Real square = mu * mu;
   Real even = 0, odd = 0;
   const auto* e = series::Series<lv_temme_even, Real>::coefficients();
   const auto* o = series::Series<lv_temme_odd, Real>::coefficients();
@@ -61,6 +65,15 @@ KPair<Real> l_temme(Real mu, Complex<Real> z) {
     even = even * square + e[k];
     odd = odd * square + o[k];
   }
+  return {even, odd};
+}
+
+// The orders mu and mu + 1 near z = 0, |mu| <= 1/2. N. M. Temme, J. Comput. Phys. 19 (1975).
+template <class Real>
+KPair<Complex<Real>> l_temme(Real mu, Complex<Real> z) {
+  using C = Complex<Real>;
+  const Real pi = static_cast<Real>(3.14159265358979323846), square = mu * mu;
+  const auto [even, odd] = gamma_parts(mu);
   const C log_inverse = -logarithm<Real>({z.re / 2, z.im / 2}), sigma = mu * log_inverse;
   const Hyperbolic<Real> h(sigma);
   const C ratio = larger_part<Real>(sigma) > Machine<Real>::smallest ? h.sh / sigma : C{1, 0};
@@ -80,9 +93,9 @@ KPair<Real> l_temme(Real mu, Complex<Real> z) {
     next += c * (p - r * f);
     if (kernel::abs1(term) < kernel::abs1(sum) * Machine<Real>::spacing / 4) break;
   }
-  const Scaled<Real> k1 = scaled<Real>(Real(2) * next) * inverse(scaled<Real>(z));  // e^z comes last: |z| <= 2
-  const Scaled<Real> ez = exponential<Real>(z, 1);
-  const Scaled<Real> a = scaled<Real>(sum) * ez, b = k1 * ez;
+  const Scaled<C> k1 = scaled(Real(2) * next) * inverse(scaled(z));  // e^z comes last: |z| <= 2
+  const Scaled<C> ez = exponential<Real>(z, 1);
+  const Scaled<C> a = scaled(sum) * ez, b = k1 * ez;
   const int shift = static_cast<int>(std::max(a.exponent - b.exponent, -20000L));
   return {Exponents<Real>::shift(a.value, shift), b.value, b.exponent};
 }
@@ -118,7 +131,7 @@ Steed<T> l_steed_sums(Real a1, T z) {
 }
 
 template <class Real>
-KPair<Real> l_steed(Real mu, Complex<Real> z) {
+KPair<Complex<Real>> l_steed(Real mu, Complex<Real> z) {
   using C = Complex<Real>;
   const Real a1 = Real(0.25) - mu * mu, pi_2 = static_cast<Real>(1.57079632679489661923);
   Steed<C> sums;
@@ -150,7 +163,7 @@ Complex<Real> l_hankel(Real nu, Complex<Real> z) {
   }
   if (z.im == 0 || z.re > 20) return growing;
   const Real side = z.im > 0 ? 1 : -1;
-  return growing + turn<Real>(side * (nu + Real(0.5))) * plain(exponential<Real>({2 * z.re, 2 * z.im}, -1)) * falling;
+  return growing + turn<Real>(side * (nu + Real(0.5))) * plain(exponential<Real>(C{2 * z.re, 2 * z.im}, -1)) * falling;
 }
 
 // I of order nu over I of order nu - 1, from the ratio above it. At a zero of the lower order the divisor may cancel to nothing;
@@ -233,22 +246,26 @@ Complex<Real> product_less_one(Complex<Real> a, Complex<Real> b) {
   return {sum + low, (s + t) + (std::fma(a.re, b.im, -s) + std::fma(a.im, b.re, -t))};
 }
 
-// I (from given ratios) and K of the orders mu + first, mu + first + 1, ..., one after the other.
 template <class Real>
+Real product_less_one(Real a, Real b) {
+  return std::fma(a, b, Real(-1));
+}
+
+// I (from given ratios) and K of the orders mu + first, mu + first + 1, ..., one after the other; or J and Y of a real argument.
+template <class T>
 struct Run {
-  using C = Complex<Real>;
+  using Real = kernel::RealOf<T>;
   static constexpr long far = 30;  // exponents of 1/z from here on are kept apart
 
-  Scaled<Real> growing, falling;  // exp(z), exp(-z)
-  KPair<Real> k;
-  Scaled<Real> inverse_z;
-  C factor, factor_low;  // 1/z and what its rounding lost, which would add up as a factor of every step
+  Scaled<T> growing, falling;  // factors of I and of K: exp(z), exp(-z)
+  KPair<T> k;
+  Real square;  // -1 for J and Y, else 1: the sign in the recurrences
+  Scaled<T> inverse_z;
+  T factor, factor_low;  // 1/z and what its rounding lost, which would add up as a factor of every step
 
-  Run(Real mu, long first, C z)
-      : growing(exponential<Real>(z, 1)),
-        falling(exponential<Real>(z, -1)),
-        k(l_near_zero<Real>(z) ? l_temme<Real>(mu, z) : l_steed<Real>(mu, z)) {
-    const Scaled<Real> s = scaled<Real>(z);
+  Run(Real mu, long first, T z, Scaled<T> factor_i, Scaled<T> factor_k, KPair<T> start, Real sign)
+      : growing(factor_i), falling(factor_k), k(start), square(sign) {
+    const Scaled<T> s = scaled(z);
     inverse_z = inverse(s);
     const Real unit = std::scalbn(Real(1), static_cast<int>(inverse_z.exponent + s.exponent));
     factor_low = -(inverse_z.value * product_less_one<Real>(unit * inverse_z.value, s.value));
@@ -260,33 +277,41 @@ struct Run {
     }
     for (long j = 1; j <= first; ++j) step(mu + static_cast<Real>(j));
   }
+  Run(Real mu, long first, T z) requires kernel::ComplexRecord<T>
+      : Run(mu, first, z, exponential<Real>(z, 1), exponential<Real>(z, -1),
+            l_near_zero<Real>(z) ? l_temme<Real>(mu, z) : l_steed<Real>(mu, z), 1) {}
 
   // From the orders nu - 1, nu to nu, nu + 1.
   void step(Real nu) {
-    const C next = (2 * nu) * (factor * k.k1 + factor_low * k.k1);
+    const T next = (2 * nu) * (factor * k.k1 + factor_low * k.k1);
     const long e = inverse_z.exponent;
-    if (e < far) {
-      const C sum = next + k.k0;
-      k.k0 = k.k1;
-      k.k1 = sum;
-    } else {
+    if (e >= far) {
       const int shift = static_cast<int>(std::max(-e, -20000L));
       k.k1 = Exponents<Real>::shift(k.k1, shift);
       k.k0 = Exponents<Real>::shift(k.k0, shift);
-      const C sum = next + k.k0;
-      k.k0 = k.k1;
-      k.k1 = sum;
       k.exponent += e;
     }
+    const T sum = next + signed_by(k.k0);
+    k.k0 = k.k1;
+    k.k1 = sum;
     k.rescale();
   }
 
-  Scaled<Real> value_k() const {
-    return scaled<Real>(k.k0, k.exponent) * falling;
+  Scaled<T> value_k() const {
+    return scaled(k.k0, k.exponent) * falling;
   }
   // From the Wronskian: I (K of the next order + ratio K) = 1/z.
-  Scaled<Real> value_i(C ratio) const {
-    return inverse_z * inverse(scaled<Real>(k.k1 + ratio * k.k0, k.exponent)) * growing;
+  Scaled<T> value_i(T ratio) const {
+    return inverse_z * inverse(scaled(k.k1 + signed_by(ratio * k.k0), k.exponent)) * growing;
+  }
+
+ private:
+  T signed_by(T value) const {
+    if constexpr (kernel::ComplexRecord<T>) {
+      return value;
+    } else {
+      return square * value;
+    }
   }
 };
 

@@ -21,6 +21,10 @@ template <class Real>
 Real larger_part(Complex<Real> z) {
   return std::max(std::abs(z.re), std::abs(z.im));
 }
+template <class Real>
+Real larger_part(Real x) {
+  return std::abs(x);
+}
 
 // std::ilogb and std::scalbn, without a call for all but denormal numbers and exponents at the ends of the range.
 template <class Real>
@@ -32,10 +36,15 @@ struct Exponents {
     const int e = static_cast<int>(std::bit_cast<Word>(size) >> digits);
     return e == 0 ? std::ilogb(size) : e - bias;
   }
+  static Real power(int k) {
+    return std::bit_cast<Real>(static_cast<Word>(k + bias) << digits);
+  }
   static Complex<Real> shift(Complex<Real> z, int k) {
     if (k <= -bias || k > bias) return {std::scalbn(z.re, k), std::scalbn(z.im, k)};
-    const Real power = std::bit_cast<Real>(static_cast<Word>(k + bias) << digits);
-    return {z.re * power, z.im * power};
+    return {z.re * power(k), z.im * power(k)};
+  }
+  static Real shift(Real x, int k) {
+    return k <= -bias || k > bias ? std::scalbn(x, k) : x * power(k);
   }
 };
 
@@ -65,9 +74,10 @@ T divided(T a, T b) {
 }
 
 // value 2^exponent
-template <class Real>
+template <class T>
 struct Scaled {
-  Complex<Real> value;
+  using Real = kernel::RealOf<T>;
+  T value;
   long exponent;
 
   // The larger part comes to lie between 1 and 2. Zeros, infinities and not-a-numbers stay.
@@ -80,35 +90,36 @@ struct Scaled {
   }
 };
 
-template <class Real>
-Scaled<Real> scaled(Complex<Real> z, long exponent = 0) {
-  Scaled<Real> s = {z, exponent};
+template <class T>
+Scaled<T> scaled(T z, long exponent = 0) {
+  Scaled<T> s = {z, exponent};
   s.normalize();
   return s;
 }
 // Products and inverses of a few normalized values stay so close to 1 that they need no normalizing.
-template <class Real>
-Scaled<Real> operator*(Scaled<Real> a, Scaled<Real> b) {
+template <class T>
+Scaled<T> operator*(Scaled<T> a, Scaled<T> b) {
   return {a.value * b.value, a.exponent + b.exponent};
 }
-template <class Real>
-Scaled<Real> operator+(Scaled<Real> a, Scaled<Real> b) {
+template <class T>
+Scaled<T> operator+(Scaled<T> a, Scaled<T> b) {
+  using Real = kernel::RealOf<T>;
   if (larger_part<Real>(a.value) == 0) return b;
   if (larger_part<Real>(b.value) == 0) return a;
   if (a.exponent < b.exponent) std::swap(a, b);
   const int shift = static_cast<int>(std::max(b.exponent - a.exponent, -2000L));
-  return scaled<Real>(a.value + Exponents<Real>::shift(b.value, shift), a.exponent);
+  return scaled(a.value + Exponents<Real>::shift(b.value, shift), a.exponent);
 }
-template <class Real>
-Scaled<Real> inverse(Scaled<Real> a) {
-  return {quotient<Real>({1, 0}, a.value), -a.exponent};
+template <class T>
+Scaled<T> inverse(Scaled<T> a) {
+  return {divided(number<T>(1), a.value), -a.exponent};
 }
 
 // The plain number: zero or infinite parts where the range ends.
-template <class Real>
-Complex<Real> plain(Scaled<Real> a) {
+template <class T>
+T plain(Scaled<T> a) {
   const int e = static_cast<int>(std::clamp(a.exponent, -20000L, 20000L));
-  return Exponents<Real>::shift(a.value, e);
+  return Exponents<kernel::RealOf<T>>::shift(a.value, e);
 }
 
 template <class Real>
@@ -130,16 +141,21 @@ Complex<Real> logarithm(Complex<Real> z) {
   return {std::log(modulus<Real>(z)), std::atan2(z.im, z.re)};
 }
 
-// exp(sign z), sign = 1 or -1. The exponent's part of log 2 goes in two pieces, so that nothing is lost for great real parts.
+// exp(x). The exponent's part of log 2 goes in two pieces, so that nothing is lost for great x.
 template <class Real>
-Scaled<Real> exponential(Complex<Real> z, Real sign) {
+Scaled<Real> exponential(Real x) {
   constexpr bool single = std::is_same_v<Real, float>;
   constexpr Real high = static_cast<Real>(single ? 0.693359375 : 0x1.62e42fee00000p-1);
   constexpr Real low = static_cast<Real>(single ? -2.12194440054690583e-4 : 1.90821492927058770002e-10);
-  const Real a = sign * z.re, b = sign * z.im;
-  const Real k = std::nearbyint(a * static_cast<Real>(1.44269504088896340736));
-  const Real size = std::exp((a - k * high) - k * low);
-  return {{size * std::cos(b), b == 0 ? b : size * std::sin(b)}, static_cast<long>(k)};
+  const Real k = std::nearbyint(x * static_cast<Real>(1.44269504088896340736));
+  return {std::exp((x - k * high) - k * low), static_cast<long>(k)};
+}
+// exp(sign z), sign = 1 or -1.
+template <class Real>
+Scaled<Complex<Real>> exponential(Complex<Real> z, Real sign) {
+  const Real b = sign * z.im;
+  const Scaled<Real> size = exponential<Real>(sign * z.re);
+  return {{size.value * std::cos(b), b == 0 ? b : size.value * std::sin(b)}, size.exponent};
 }
 
 // i^k z

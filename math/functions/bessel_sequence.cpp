@@ -1,6 +1,7 @@
 // Sequences of Bessel functions I, J, K, Y of complex argument.
 #include "math/functions/bessel_arrays.hpp"
 #include "math/functions/bessel_core.hpp"
+#include "math/functions/bessel_real.hpp"
 #include "runtime/options.hpp"
 #include "zent/bessel.h"
 #include "zent/option_codes.h"
@@ -52,7 +53,7 @@ Complex<Real> conjugate_if(bool condition, Complex<Real> z) {
 template <class Record>
 auto turned(Record z, long k) {
   using Real = decltype(z.re);
-  return Scaled<Real>{functions::quarter_turns<Real>(z, k), 0};
+  return Scaled<Record>{functions::quarter_turns<Real>(z, k), 0};
 }
 
 // Every worker stores n values of its function; argument and orders are valid and z is not 0.
@@ -65,9 +66,9 @@ void l_c3is(Order<Real> order, Complex<Real> z, long n, Complex<Real>* out) {
   const Real side = std::signbit(z.im) ? -1 : 1;
   functions::l_ratios<Real>(order.fraction + static_cast<Real>(order.whole), w, n, out);
   const Complex<Real> unit = functions::turn<Real>(side * order.fraction);
-  Run<Real> run(order.fraction, order.whole, w);
+  Run<Complex<Real>> run(order.fraction, order.whole, w);
   for (long k = 0; k < n; ++k) {
-    Scaled<Real> value = run.value_i(out[k]);
+    Scaled<Complex<Real>> value = run.value_i(out[k]);
     if (left) value = value * turned(unit, 2 * (order.whole + k));
     out[k] = plain(value);
     if (k + 1 < n) run.step(order.fraction + static_cast<Real>(order.whole + k + 1));
@@ -82,11 +83,11 @@ void l_c2ks(Order<Real> order, Complex<Real> z, long n, Complex<Real>* out) {
   const Real side = std::signbit(z.im) ? -1 : 1, pi = static_cast<Real>(3.14159265358979323846);
   if (left) functions::l_ratios<Real>(order.fraction + static_cast<Real>(order.whole), w, n, out);
   const Complex<Real> unit = functions::turn<Real>(-side * order.fraction);
-  Run<Real> run(order.fraction, order.whole, w);
+  Run<Complex<Real>> run(order.fraction, order.whole, w);
   for (long k = 0; k < n; ++k) {
-    Scaled<Real> value = run.value_k();
+    Scaled<Complex<Real>> value = run.value_k();
     if (left) {
-      value = value * turned(unit, 2 * (order.whole + k)) + run.value_i(out[k]) * functions::scaled<Real>({0, -side * pi});
+      value = value * turned(unit, 2 * (order.whole + k)) + run.value_i(out[k]) * functions::scaled(Complex<Real>{0, -side * pi});
     }
     out[k] = plain(value);
     if (k + 1 < n) run.step(order.fraction + static_cast<Real>(order.whole + k + 1));
@@ -100,7 +101,7 @@ void l_cbjs(Order<Real> order, Complex<Real> z, long n, Complex<Real>* out) {
   const Complex<Real> w = {std::abs(z.im), -z.re};
   functions::l_ratios<Real>(order.fraction + static_cast<Real>(order.whole), w, n, out);
   const Complex<Real> unit = functions::turn<Real>(order.fraction / 2);
-  Run<Real> run(order.fraction, order.whole, w);
+  Run<Complex<Real>> run(order.fraction, order.whole, w);
   for (long k = 0; k < n; ++k) {
     out[k] = conjugate_if<Real>(below, plain(run.value_i(out[k]) * turned(unit, order.whole + k)));
     if (k + 1 < n) run.step(order.fraction + static_cast<Real>(order.whole + k + 1));
@@ -115,13 +116,57 @@ void l_c2ys(Order<Real> order, Complex<Real> z, long n, Complex<Real>* out) {
   const Real two_over_pi = static_cast<Real>(0.63661977236758134308);
   if (!real) functions::l_ratios<Real>(order.fraction + static_cast<Real>(order.whole), w, n, out);
   const Complex<Real> unit = functions::turn<Real>(order.fraction / 2), back = {unit.re, -unit.im};
-  Run<Real> run(order.fraction, order.whole, w);
+  Run<Complex<Real>> run(order.fraction, order.whole, w);
   for (long k = 0; k < n; ++k) {
     // i times -H is -2/pi exp(-i pi nu / 2) K; for real z the real part of it is Y.
-    Scaled<Real> value = run.value_k() * turned(-two_over_pi * back, -(order.whole + k));
+    Scaled<Complex<Real>> value = run.value_k() * turned(-two_over_pi * back, -(order.whole + k));
     if (!real) value = value + run.value_i(out[k]) * turned(unit, order.whole + k + 1);
     out[k] = conjugate_if<Real>(below, plain(value));
     if (k + 1 < n) run.step(order.fraction + static_cast<Real>(order.whole + k + 1));
+  }
+}
+
+// I for positive x so great against the orders that its own expansion serves.
+template <class Real>
+void l_far_real_i(Real nu, Real x, long n, Complex<Real>* out) {
+  const Real root = 1 / std::sqrt(static_cast<Real>(6.28318530717958647693) * x);
+  const Scaled<Real> size = functions::exponential(x) * functions::scaled(root);
+  for (long k = 0; k < n; k += 2) {
+    const auto [low, high] = functions::l_hankel_sums<Real, Real>(nu + static_cast<Real>(k), -x);
+    out[k] = {plain(size * functions::scaled(low)), 0};
+    if (k + 1 < n) out[k + 1] = {plain(size * functions::scaled(high)), 0};
+  }
+}
+
+// All kinds for positive x. K and Y run forward from two low orders, and so does J while the orders stay below x; I, and J
+// beyond, come from their ratios.
+template <class Real>
+void l_real_sequence(Kind kind, Order<Real> order, Real x, long n, Complex<Real>* out) {
+  const bool first_kind = kind == Kind::i || kind == Kind::j;
+  const Real square = kind == Kind::i || kind == Kind::k ? 1 : -1;
+  const Real nu = order.fraction + static_cast<Real>(order.whole), last = nu + static_cast<Real>(n - 1);
+  if (kind == Kind::i && x >= functions::hankel_modulus<Real> && 2 * x >= (last + 1) * (last + 1)) {
+    return l_far_real_i(nu, x, n, out);
+  }
+  const bool forward = !first_kind || (kind == Kind::j && x > functions::near_end(square) && last <= x);
+  if (!forward) {
+    Real ratio = functions::l_real_fraction(last, x, square);
+    out[n - 1].re = ratio;
+    for (long k = n - 2; k >= 0; --k) {
+      out[k].re = ratio = functions::l_next_ratio(nu + static_cast<Real>(k + 1), x, ratio, square);
+    }
+  }
+  const long skip = functions::orders_to_skip(x, order.whole);
+  functions::Start<Real> start;
+  if (first_kind && forward) {
+    start = {functions::l_waves(order.fraction, skip, x).j, {1, 0}};
+  } else {
+    start = functions::l_start(order.fraction, skip, x, square, first_kind);
+  }
+  Run<Real> run(order.fraction + static_cast<Real>(skip), order.whole - skip, x, start.factor, start.factor, start.pair, square);
+  for (long k = 0; k < n; ++k) {
+    out[k] = {plain(forward ? run.value_k() : run.value_i(out[k].re)), 0};
+    if (k + 1 < n) run.step(nu + static_cast<Real>(k + 1));
   }
 }
 
@@ -133,19 +178,37 @@ bool l_at_zero(Kind kind, Real xnu, long n, Complex<Real>* out) {
   return true;
 }
 
+// True where real values swing about 0: rounding may then make one of them vanish, which is no underflow.
+template <class Real>
+bool l_oscillates(Kind kind, Real xnu, Complex<Real> z, long n) {
+  return z.im == 0 && (kind == Kind::y || (kind == Kind::j && xnu + static_cast<Real>(n - 1) <= std::abs(z.re)));
+}
+
 // How many values at the front are numbers of full precision: what overflows or underflows ends the count.
 template <class Real>
-long l_valid(long n, const Complex<Real>* out) {
+long l_valid(long n, const Complex<Real>* out, bool may_vanish) {
   for (long k = 0; k < n; ++k) {
     const Real size = functions::larger_part<Real>(out[k]);
+    if (may_vanish && size == 0) continue;
     if (!(size >= Machine<Real>::smallest && size <= Machine<Real>::largest)) return k;
     if (!(std::abs(out[k].re) + std::abs(out[k].im) <= 2 * size)) return k;
   }
   return n;
 }
 
+// Whole orders of I and J at negative x are real too: (-1)^nu times the value at -x.
+template <class Real>
+bool l_is_real(Kind kind, Order<Real> order, Complex<Real> z) {
+  return z.im == 0 && (z.re > 0 || (order.fraction == 0 && (kind == Kind::i || kind == Kind::j)));
+}
+
 template <class Real>
 void l_compute(Kind kind, Order<Real> order, Complex<Real> z, long n, Complex<Real>* out) {
+  if (l_is_real(kind, order, z)) {
+    l_real_sequence(kind, order, std::abs(z.re), n, out);
+    for (long k = order.whole & 1 ? 0 : 1; z.re < 0 && k < n; k += 2) out[k].re = -out[k].re;
+    return;
+  }
   switch (kind) {
     case Kind::i:
       return l_c3is(order, z, n, out);
@@ -156,14 +219,6 @@ void l_compute(Kind kind, Order<Real> order, Complex<Real> z, long n, Complex<Re
     case Kind::y:
       return l_c2ys(order, z, n, out);
   }
-}
-
-// Real values for real arguments: the rotation leaves rounding in the imaginary part.
-template <class Real>
-void l_make_real(Kind kind, Order<Real> order, Complex<Real> z, long n, Complex<Real>* out) {
-  const bool whole = order.fraction == 0 && (kind == Kind::i || kind == Kind::j);
-  if (z.im != 0 || !(z.re > 0 || whole)) return;
-  for (long k = 0; k < n; ++k) out[k].im = 0;
 }
 
 template <class Real>
@@ -177,7 +232,7 @@ Complex<Real>* l_bessel_sequence(Kind kind, Real xnu, Complex<Real> z, long n, c
     if (xnu <= Real(-0.5) || static_cast<double>(xnu) + static_cast<double>(n) - 1 > greatest_order) {
       raise<Math>(5, MATH_INPUT_ARG_XNU, {.r = {static_cast<double>(xnu)}});
     }
-    const Real size = functions::modulus<Real>(z), limit = 1 / Machine<Real>::epsilon;
+    const Real size = z.im == 0 ? std::abs(z.re) : functions::modulus<Real>(z), limit = 1 / Machine<Real>::epsilon;
     if (size > limit) raise<Math>(5, MATH_COMPLEX_ABS_VALUE, {.r = {static_cast<double>(size), static_cast<double>(limit)}});
   }
   if (failed<Math>()) return nullptr;
@@ -198,8 +253,7 @@ Complex<Real>* l_bessel_sequence(Kind kind, Real xnu, Complex<Real> z, long n, c
     const Real whole = std::round(xnu);
     const Order<Real> order = {xnu - whole, static_cast<long>(whole)};
     l_compute(kind, order, z, n, out);
-    const long valid = l_valid<Real>(n, out);
-    l_make_real(kind, order, z, n, out);
+    const long valid = l_valid<Real>(n, out, l_oscillates(kind, xnu, z, n));
     if (valid < n) {
       raise<Math>(4, MATH_FIRST_CBS_VALID, {.i = {valid, n}});
       return nullptr;
@@ -209,25 +263,35 @@ Complex<Real>* l_bessel_sequence(Kind kind, Real xnu, Complex<Real> z, long n, c
   return out;
 }
 
+// The form with all arguments by value touches no memory of the caller without ZENT_RETURN_USER, and then needs no trap.
+template <class Real>
+Complex<Real>* l_call_by_value(Kind kind, Real xnu, Complex<Real> z, long n, Options& options) {
+  const SequenceOptions<Real> parsed = parse<Real>(options);
+  const auto body = [=] { return l_bessel_sequence<Real>(kind, xnu, z, n, parsed); };
+  if (parsed.user == nullptr || trap_status<Math> == 0) return body();
+  Complex<Real>* values = nullptr;
+  envelope::run_trapped<Math>(values, body);
+  return values;
+}
+
 }  // namespace
 }  // namespace zent
 
-#define ZENT_FORM(P, Real, Record, Letter, kind)                                                        \
-  extern "C" Record* zent_##P##_bessel_##Letter##x(Real xnu, Record z, long n, ...) {                   \
-    ZENT_OPTIONS(options, n, 3);                                                                        \
-    Record* values = zent::public_call<zent::Math>("zent_" #P "_bessel_" #Letter "x", [&] {             \
-      return zent::l_bessel_sequence<Real>(zent::Kind::kind, xnu, z, n, zent::parse<Real>(options));    \
-    });                                                                                                 \
-    ZENT_OPTIONS_END(options);                                                                          \
-    return values;                                                                                      \
-  }                                                                                                     \
-  extern "C" Record* zent_##P##_bessel_##Letter##x_adr(const Real* xnu, const Record* z, long n, ...) { \
-    ZENT_OPTIONS(options, n, 3);                                                                        \
-    Record* values = zent::public_call<zent::Math>("zent_" #P "_bessel_" #Letter "x_adr", [&] {         \
-      return zent::l_bessel_sequence<Real>(zent::Kind::kind, *xnu, *z, n, zent::parse<Real>(options));  \
-    });                                                                                                 \
-    ZENT_OPTIONS_END(options);                                                                          \
-    return values;                                                                                      \
+#define ZENT_FORM(P, Real, Record, Letter, kind)                                                                               \
+  extern "C" Record* zent_##P##_bessel_##Letter##x(Real xnu, Record z, long n, ...) {                                          \
+    ZENT_OPTIONS(options, n, 3);                                                                                               \
+    Record* values = zent::scalar_call<zent::Math>(                                                                            \
+        "zent_" #P "_bessel_" #Letter "x", [&] { return zent::l_call_by_value<Real>(zent::Kind::kind, xnu, z, n, options); }); \
+    ZENT_OPTIONS_END(options);                                                                                                 \
+    return values;                                                                                                             \
+  }                                                                                                                            \
+  extern "C" Record* zent_##P##_bessel_##Letter##x_adr(const Real* xnu, const Record* z, long n, ...) {                        \
+    ZENT_OPTIONS(options, n, 3);                                                                                               \
+    Record* values = zent::public_call<zent::Math>("zent_" #P "_bessel_" #Letter "x_adr", [&] {                                \
+      return zent::l_bessel_sequence<Real>(zent::Kind::kind, *xnu, *z, n, zent::parse<Real>(options));                         \
+    });                                                                                                                        \
+    ZENT_OPTIONS_END(options);                                                                                                 \
+    return values;                                                                                                             \
   }
 #define ZENT_FORMS(Letter, kind)                    \
   ZENT_FORM(c, float, zent_f_complex, Letter, kind) \

@@ -179,6 +179,86 @@ TYPED_TEST(Sequences, Zeros) {
   }
 }
 
+// Positive arguments run in real arithmetic. With an imaginary part that does not count the same goes through the complex plane.
+TYPED_TEST(Sequences, RealArgumentsBesideTheComplexPlane) {
+  using Real = TypeParam;
+  using C = std::complex<Real>;
+  using Record = typename Form<Real>::Record;
+  const Real epsilon = std::numeric_limits<Real>::epsilon(), tiny = std::numeric_limits<Real>::min();
+  const long n = 6;
+  std::vector<Real> points = {Real(1e-9), Real(0.01), Real(0.6), Real(5.5), Real(14), Real(40), Real(87)};
+  for (double edge : {1.5, 2.5, sizeof(Real) == 8 ? 19.9698 : 9.9184}) {  // where one method ends and another begins
+    for (int k = -1; k <= 1; ++k) points.push_back(static_cast<Real>(edge * (1 + k * 1e-4)));
+  }
+  std::vector<Record> loop(n);
+  for (Real x : points) {
+    for (double nu : {-0.49, 0.0, 0.25, 0.5, 2.0, 3.5, 9.3, 17.0, 36.75}) {
+      for (int kind : {I, J, K, Y}) {
+        const auto real = TestFixture::run(kind, nu, C(x, 0), n), plane = TestFixture::run(kind, nu, C(x, tiny), n);
+        ASSERT_EQ(real.size(), plane.size()) << nu << " " << x << " " << kind;
+        for (std::size_t k = 0; k < real.size(); ++k) {
+          const double order = nu + static_cast<double>(k);
+          const Real amplitude = x > order ? Real(0.8) / std::sqrt(x) : 0;
+          const Real size = std::max(std::abs(plane[k].real()), kind == J || kind == Y ? amplitude : 0);
+          EXPECT_EQ(real[k].imag(), 0);
+          EXPECT_LE(std::abs(real[k].real() - plane[k].real()), (12 + order) * epsilon * size) << nu << " " << x << " " << kind;
+        }
+      }
+    }
+  }
+}
+
+// Orders that end or start beyond x, where J changes from forward recurrence to ratios; and one by one as in a sequence.
+TYPED_TEST(Sequences, JOfOrdersAroundTheArgument) {
+  using Real = TypeParam;
+  using C = std::complex<Real>;
+  const Real epsilon = std::numeric_limits<Real>::epsilon();
+  for (Real x : {Real(3), Real(9.75), Real(24), Real(24.5)}) {
+    const auto run = TestFixture::run(J, 0.75, C(x, 0), 28);
+    ASSERT_EQ(run.size(), 28U) << x;
+    for (int k = 0; k < 28; ++k) {
+      const auto one = TestFixture::run(J, 0.75 + k, C(x, 0), 1);
+      ASSERT_EQ(one.size(), 1U);
+      const Real size = std::max(std::abs(one[0].real()), k + 0.75 < x ? Real(0.8) / std::sqrt(x) : 0);
+      EXPECT_LE(std::abs(one[0].real() - run[k].real()), (8 + k) * epsilon * size) << x << " " << k;
+    }
+  }
+}
+
+// Next to a zero rounding may leave nothing: that is a value and no underflow.
+TYPED_TEST(Sequences, NumbersBesideZeros) {
+  using Real = TypeParam;
+  const struct {
+    int kind;
+    double order, zero;
+  } cases[] = {{J, 0, 2.404825557695772769},  {J, 0, 5.520078110286310650},  {J, 0, 30.63460646843197512},
+               {J, 1, 13.32369193631422303},  {Y, 0, 0.8935769662791675216}, {Y, 0, 3.957678419314857869},
+               {Y, 1, 2.197141326031017035},  {Y, 0, 25.92295765318092271},  {J, 0.5, 9.424777960769379716},
+               {Y, 0.5, 4.712388980384689858}};
+  for (const auto& c : cases) {
+    Real x = static_cast<Real>(c.zero);
+    for (int k = 0; k < 20; ++k) x = std::nextafter(x, Real(0));
+    for (int k = 0; k < 40; ++k, x = std::nextafter(x, Real(100))) {
+      const auto values = TestFixture::run(c.kind, c.order, x, 1);
+      ASSERT_EQ(values.size(), 1U) << c.kind << " " << x;
+      EXPECT_LE(std::abs(values[0].real()), 40 * std::numeric_limits<Real>::epsilon() * x);
+    }
+  }
+}
+
+// Without storage of the caller the form by value arms no trap; with it a fault is still caught.
+TYPED_TEST(Sequences, StorageThatIsNotThere) {
+  using Record = typename Form<TypeParam>::Record;
+  Record* const nowhere = reinterpret_cast<Record*>(16);
+  const Record z = {2, 0};
+  EXPECT_EQ(Form<TypeParam>::plain[J](0, z, 1, ZENT_RETURN_USER, nowhere, 0), nullptr);
+  EXPECT_EQ(zent_error_code(), 102);
+  Record* const values = Form<TypeParam>::plain[J](0, z, 1, 0);
+  ASSERT_NE(values, nullptr);
+  EXPECT_NEAR(values->re, 0.22389077914123566805, 4 * std::numeric_limits<TypeParam>::epsilon());
+  zent_free_allocated_memory(values);
+}
+
 TYPED_TEST(Sequences, Errors) {
   using Real = TypeParam;
   using Record = typename Form<Real>::Record;
@@ -267,7 +347,10 @@ TEST(SequencesInDouble, GreatArguments) {
                        1e8,
                        0.25,
                        {-0.000015873370343054123295, -0.000019777056608848086785},
-                       {0.000080749488925108249319, -3.8876846898275068659e-6}}};
+                       {0.000080749488925108249319, -3.8876846898275068659e-6}},
+                      {449.25, 16384, 0, {0.0040514811340861514095, 0}, {0.0047388082157516039083, 0}},
+                      {1416.25, 1e6, 0, {0.00068729706142222181195, 0}, {-0.00040526924406297020619, 0}},
+                      {14144.25, 1e8, 0, {-0.000015389925074548966217, 0}, {0.000078290152596329750912, 0}}};
   for (const Row& row : rows) {
     zent_d_complex j, y;
     zent_z_bessel_Jx(row.nu, {row.re, row.im}, 1, ZENT_RETURN_USER, &j, 0);
