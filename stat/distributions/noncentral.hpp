@@ -206,6 +206,26 @@ inline Wide bell(Wide x) {
   return static_cast<Wide>(e) * (1 - (y - static_cast<Wide>(most)));
 }
 
+// Where the sums of the recurrence leave less than this of what they are taken from, too many digits have cancelled.
+inline constexpr long longest_recurrence = 150;
+inline constexpr double least_by_recurrence = 0.02;
+
+// What the recurrence multiplies by, so that its steps need no division: a(2) = 1, a(k) = 1/((k - 2) a(k - 1)), and (k - 1)/k.
+template <class Wide>
+struct OwenSteps {
+  Wide factor[longest_recurrence], share[longest_recurrence];
+
+  constexpr OwenSteps() : factor{}, share{} {
+    for (long k = 2; k < longest_recurrence; ++k) {
+      const Wide r = static_cast<Wide>(k);
+      factor[k] = k == 2 ? 1 : 1 / ((r - 2) * factor[k - 1]);
+      share[k] = (r - 1) / r;
+    }
+  }
+};
+template <class Wide>
+inline constexpr OwenSteps<Wide> owen_steps;
+
 // Owen's recurrence for whole df: M(k) in steps of 1, every second one counts. In wider numbers: M(k) has some k rounding errors,
 // and for t < 0 the sums are differences; `from` receives what they are taken from, or the area in M(0), whose rounding error may
 // grow to as much as itself in M(k) that truly vanish. It ends where the terms shrink and do not count.
@@ -217,24 +237,33 @@ Real noncentral_t_by_recurrence(Real t, long df, Real delta, Real& from) {
              shift = d * root_n / root;
   const Wide pi_half = std::asin(static_cast<Wide>(1)), root_two_pi = std::sqrt(4 * pi_half);
   const Wide area = static_cast<Wide>(normal_area(static_cast<Real>(d * x / root)));
-  Wide even = x / root * (bell<Real>(shift) / root_two_pi) * area;                  // M(0)
-  Wide odd = b * (slant * even + a * bell<Real>(d) / (root_two_pi * root_two_pi));  // M(1)
-  Wide factor = 1, sum_even = even, sum_odd = odd;                                  // factor: a(k)
+  Wide before = x / root * (bell<Real>(shift) / root_two_pi) * area;                  // M(0)
+  Wide now = b * (slant * before + a * bell<Real>(d) / (root_two_pi * root_two_pi));  // M(1)
+  const auto step = [&](long k) {
+    const Wide next = owen_steps<Wide>.share[k] * b * (owen_steps<Wide>.factor[k] * slant * now + before);
+    before = now;
+    now = next;
+  };
   const Wide least = static_cast<Wide>(1e-25), shrinking = static_cast<Wide>(0.99);
-  for (long k = 2; k <= df - 2; ++k) {
-    const Wide r = static_cast<Wide>(k);
-    if (k > 2) factor = 1 / ((r - 2) * factor);
-    Wide& own = k % 2 == 0 ? even : odd;
-    const Wide other = k % 2 == 0 ? odd : even;
-    own = (r - 1) * b * (factor * slant * other + own) / r;
-    (k % 2 == 0 ? sum_even : sum_odd) += own;
-    if (std::abs(own) < least && std::abs(other) < least && b * (1 + factor * std::abs(slant)) < shrinking) break;
+  Wide sum = before;  // of M(k), k and df both even or both odd
+  long k = 2;
+  if (df % 2 != 0) {
+    sum = now;
+    step(k++);
+  }
+  for (; k <= df - 2; k += 2) {
+    step(k);
+    sum += now;
+    if (std::abs(now) < least && std::abs(before) < least && b * (1 + owen_steps<Wide>.factor[k] * std::abs(slant)) < shrinking) {
+      break;
+    }
+    step(k + 1);
   }
   const Real h = static_cast<Real>(df % 2 == 0 ? d : shift), least_from = t < 0 ? static_cast<Real>(area) : 0;
   const Real first = normal_area(-h);
   from = first > least_from ? first : least_from;
-  if (df % 2 == 0) return first + static_cast<Real>(root_two_pi * sum_even);
-  return first + 2 * l_b1nnt(h, static_cast<Real>(a)) + (df > 1 ? static_cast<Real>(2 * sum_odd) : 0);
+  if (df % 2 == 0) return first + static_cast<Real>(root_two_pi * sum);
+  return first + 2 * l_b1nnt(h, static_cast<Real>(a)) + (df > 1 ? static_cast<Real>(2 * sum) : 0);
 }
 
 // The distribution as the integral of normal_area(t e^u - delta) times the density of u = log(chi/sqrt(df)), by the trapezoidal
@@ -242,17 +271,31 @@ Real noncentral_t_by_recurrence(Real t, long df, Real delta, Real& from) {
 // keeps its digits. Not-a-number when it would take too many terms.
 struct TrapezoidTerm {
   double t, df, delta;
-  // u - (e^2u - 1)/2 without cancellation, times df.
-  double exponent(double u) const {
-    if (std::abs(u) > 0.01) return df * (u - std::expm1(2 * u) / 2);
-    return -df * u * u * (1 + u * (2.0 / 3 + u * (1.0 / 3 + u * (2.0 / 15 + u * (2.0 / 45 + u * (4.0 / 315))))));
+
+  struct Parts {
+    double size, exponent;  // e^u, and u - (e^2u - 1)/2 without cancellation, times df
+  };
+  Parts parts(double u) const {
+    double size, more;  // e^u, e^u - 1
+    if (std::abs(u) < 1) {
+      more = std::expm1(u);
+      size = 1 + more;
+    } else {
+      size = std::exp(u);
+      more = size - 1;
+    }
+    if (std::abs(u) > 0.01) return {size, df * (u - more * (more + 2) / 2)};
+    const double sum = 1 + u * (2.0 / 3 + u * (1.0 / 3 + u * (2.0 / 15 + u * (2.0 / 45 + u * (4.0 / 315)))));
+    return {size, -df * u * u * sum};
   }
   double logarithm(double u) const {
-    return log_normal_area(t * std::exp(u) - delta) + exponent(u);
+    const Parts p = parts(u);
+    return log_normal_area(t * p.size - delta) + p.exponent;
   }
   double value(double u, double top) const {
-    const double area = normal_area(t * std::exp(u) - delta);
-    return area > 1e-290 ? area * std::exp(exponent(u) - top) : std::exp(logarithm(u) - top);
+    const Parts p = parts(u);
+    const double x = t * p.size - delta, area = normal_area(x);
+    return area > 1e-290 ? area * std::exp(p.exponent - top) : std::exp(log_normal_area(x) + p.exponent - top);
   }
 };
 inline double noncentral_t_by_rule(double t, double df, double delta) {
@@ -286,10 +329,6 @@ inline double noncentral_t_by_rule(double t, double df, double delta) {
   const double constant = std::log(2.0) + log_gamma_factor(df / 2, df / 2);
   return sum * step * std::exp(top + constant);
 }
-
-// Where the sums of the recurrence leave less than this of what they are taken from, too many digits have cancelled.
-inline constexpr long longest_recurrence = 150;
-inline constexpr double least_by_recurrence = 0.02;
 
 template <class Real>
 inline Real noncentral_t(Real t, long df, Real delta) {
