@@ -9,48 +9,54 @@ namespace zent::quadrature {
 enum AlgLogWeight : long { algebraic = 1, left_log = 2, right_log = 3, both_logs = 4 };
 
 // Integrals of (1 + x)^alpha T_k and (1 - x)^beta T_k over [-1, 1], k = 0 to 24, and the same with the logarithm of half the
-// factor.
+// factor. Those of an end without a factor are left without meaning.
 template <class Real>
 struct AlgLogMoments {
   Real ri[25], rj[25], rg[25], rh[25];
 };
 
-// The moments of (1 + x)^alpha by their recurrence, and from them, where g is not null, those with the logarithm. Each waits for
-// the one before it, so divisions are kept out of that.
+// The moments by their recurrence, and from them those with the logarithm. Each step waits for the one before it, so divisions
+// are kept out of that and both ends are taken along as a pair.
 template <class Real>
-void end_moments(Real alpha, Real* r, Real* g) {
-  const Real p1 = alpha + 1, p2 = alpha + 2, top = std::pow(Real(2), p1);
-  r[0] = top / p1;
-  r[1] = r[0] * alpha / p2;
-  if (g != nullptr) {
-    g[0] = -r[0] / p1;
-    g[1] = -(top + top) / (p2 * p2) - g[0];
-  }
+void l_q5aws(Real alpha, Real beta, long weight, AlgLogMoments<Real>& m) {
+  typedef Real pair __attribute__((vector_size(2 * sizeof(Real))));
+  const bool left = weight == left_log || weight == both_logs || alpha != 0;
+  const bool right = weight == right_log || weight == both_logs || beta != 0;
+  const pair exponent{alpha, beta}, p1 = exponent + 1, p2 = exponent + 2;
+  const auto top_of = [](bool asked, Real power) { return asked ? std::pow(Real(2), power) : 0; };
+  const pair top{top_of(left, p1[0]), top_of(right, p1[1])};
+  const auto store = [&m](int k, pair r, pair g) {
+    const Real turn = k % 2 != 0 ? Real(-1) : Real(1);
+    m.ri[k] = r[0];
+    m.rj[k] = turn * r[1];
+    m.rg[k] = g[0];
+    m.rh[k] = turn * g[1];
+  };
+  pair r = top / p1, g = -r / p1;
+  store(0, r, g);
+  r = r * exponent / p2;
+  g = -(top + top) / (p2 * p2) - g;
+  store(1, r, g);
   for (int k = 2; k < 25; ++k) {
-    const Real n = static_cast<Real>(k), c = n * (n - p2), inverse = 1 / ((n - 1) * (n + p1));
-    r[k] = -(top + c * r[k - 1]) * inverse;
-    if (g != nullptr) g[k] = -(c * g[k - 1] - (n * r[k - 1] - (n - 1) * r[k])) * inverse;
+    const Real n = static_cast<Real>(k);
+    const pair c = n * (n - p2), inverse = 1 / ((n - 1) * (n + p1)), next = -(top + c * r) * inverse;
+    g = -(c * g - (n * r - (n - 1) * next)) * inverse;
+    r = next;
+    store(k, r, g);
   }
 }
 
-// Those that the weight asks for.
+// Most integrands have no power at one of their ends.
 template <class Real>
-void l_q5aws(Real alpha, Real beta, long weight, AlgLogMoments<Real>& m) {
-  const bool left = weight == left_log || weight == both_logs, right = weight == right_log || weight == both_logs;
-  if (left || alpha != 0) end_moments(alpha, m.ri, left ? m.rg : nullptr);
-  if (!right && beta == 0) return;
-  end_moments(beta, m.rj, right ? m.rh : nullptr);
-  for (int k = 1; k < 25; k += 2) {
-    m.rj[k] = -m.rj[k];
-    if (right) m.rh[k] = -m.rh[k];
-  }
+inline Real power(Real distance, Real exponent) {
+  return exponent == 0 ? Real(1) : std::pow(distance, exponent);
 }
 
 // The whole weight: p1 to p4 are a, b, alpha and beta.
 template <class Real>
 Real l_q6aws(Real x, Real a, Real b, Real alpha, Real beta, long weight) {
   const Real left = x - a, right = b - x;
-  Real w = std::pow(left, alpha) * std::pow(right, beta);
+  Real w = power(left, alpha) * power(right, beta);
   if (weight == left_log || weight == both_logs) w *= std::log(left);
   if (weight == right_log || weight == both_logs) w *= std::log(right);
   return w;
@@ -95,8 +101,8 @@ Estimate<Real> end_piece(const F& f, Real bl, Real br, Real exponent, const Real
 // The weight that an end of the interval gives at that distance.
 template <class Real>
 inline Real end_weight(Real distance, Real exponent, bool logarithm) {
-  const Real power = std::pow(distance, exponent);
-  return logarithm ? power * std::log(distance) : power;
+  const Real factor = power(distance, exponent);
+  return logarithm ? factor * std::log(distance) : factor;
 }
 
 template <class F, class Real = typename F::real>

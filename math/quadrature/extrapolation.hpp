@@ -19,7 +19,10 @@ void l_q4awo(long* n, Real* epstab, Real* result, Real* abserr, Real* res3la, lo
   ++*nres;
   *abserr = M::largest;
   *result = entry(count);
-  const auto finish = [&] { *abserr = std::fmax(*abserr, 5 * M::epsilon * std::fabs(*result)); };
+  const auto finish = [&] {
+    if (*nres < 4) res3la[*nres - 1] = *result;  // whichever way they came, later errors are distances from them
+    *abserr = std::fmax(*abserr, 5 * M::epsilon * std::fabs(*result));
+  };
   if (count < 3) return finish();
   const Real newest = entry(count + 2) = entry(count);
   entry(count) = M::largest;
@@ -66,7 +69,6 @@ void l_q4awo(long* n, Real* epstab, Real* result, Real* abserr, Real* res3la, lo
     for (long i = 1; i <= *n; ++i) entry(i) = entry(count - *n + i);
   }
   if (*nres < 4) {
-    res3la[*nres - 1] = *result;
     *abserr = M::largest;
   } else {
     *abserr = std::fabs(*result - res3la[2]) + std::fabs(*result - res3la[1]) + std::fabs(*result - res3la[0]);

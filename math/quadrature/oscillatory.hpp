@@ -12,22 +12,50 @@ inline constexpr long moment_row = 25;  // moments of T_0 to T_24: cosine at eve
 
 // One recurrence serves both kinds: with M_n the integral of T_n(x) times cos or sin of p x over [-1, 1],
 //   p^2 (n - 1)(n - 2) M_{n+2} - 2 (n^2 - 4)(p^2 - 2 n^2 + 2) M_n + p^2 (n + 1)(n + 2) M_{n-2} = right side at n.
-// Both are taken along in one loop, since each step of either waits for the one before it.
+// Here are its factors without p for the degrees from 3 on.
+template <class Real>
+struct MomentFactors {
+  static constexpr int first = 3, last = 54, degrees = last - first + 1;
+  Real upper[degrees], middle[degrees], square[degrees], lower[degrees], right[degrees];
+  constexpr MomentFactors() : upper(), middle(), square(), lower(), right() {
+    for (int at = 0; at < degrees; ++at) {
+      const int n = first + at;
+      upper[at] = static_cast<Real>((n - 1) * (n - 2));
+      middle[at] = static_cast<Real>(-2 * (n * n - 4));
+      square[at] = static_cast<Real>(2 * n * n);
+      lower[at] = static_cast<Real>((n + 1) * (n + 2));
+      right[at] = static_cast<Real>(8 * (n * n - 4));
+    }
+  }
+};
+template <class Real>
+inline constexpr MomentFactors<Real> moment_factors;
+
+// Both kinds are taken along together, since each step of either waits for the one before it: a pair belongs to an odd degree,
+// where the sine has its moments, and to the even one above it, where the cosine has them.
 template <class Real>
 struct MomentRecurrence {
-  Real p, p2, s, c;  // the parameter, its square, its sine and cosine
+  typedef Real pair __attribute__((vector_size(2 * sizeof(Real))));
+  struct Terms {
+    pair upper, middle, lower, right;
+  };
+  Real p, p2, s, c;    // the parameter, its square, its sine and cosine
+  pair fixed, rising;  // parts of the right side
 
-  Real lower(Real n) const {
-    return (n + 1) * (n + 2) * p2;
+  MomentRecurrence(Real parameter, Real sine, Real cosine)
+      : p(parameter), p2(p * p), s(sine), c(cosine), fixed{-24 * p * c, 24 * p * s}, rising{s, c} {}
+
+  static pair load(const Real* from) {
+    pair v;
+    std::memcpy(&v, from, sizeof v);
+    return v;
   }
-  Real middle(Real n) const {
-    return -2 * (n * n - 4) * (p2 + 2 - 2 * n * n);
-  }
-  Real upper(Real n) const {
-    return (n - 1) * (n - 2) * p2;
-  }
-  Real right(Real n, bool cosine) const {
-    return cosine ? 24 * p * s - (n * n - 4) * 8 * c : -24 * p * c - (n * n - 4) * 8 * s;
+  // At the degrees n, odd, and n + 1.
+  Terms at(int n) const {
+    constexpr auto& f = moment_factors<Real>;
+    const int k = n - f.first;
+    return {load(f.upper + k) * p2, load(f.middle + k) * (p2 + 2 - load(f.square + k)), load(f.lower + k) * p2,
+            fixed - load(f.right + k) * rising};
   }
   // M_n for n large against p, from the derivatives at the ends: four terms in 1 / n^2.
   Real far(Real n, bool cosine) const {
@@ -46,88 +74,92 @@ struct MomentRecurrence {
 // Known are the moments of degrees up to 4; goes upwards in steps of 2, which is stable while the degree is below the parameter.
 template <class Real>
 void extend_forward(const MomentRecurrence<Real>& r, Real* m) {
-  for (int n = 4; n <= 22; n += 2) {
-    for (int k : {n, n - 1}) {
-      const Real x = static_cast<Real>(k), inverse = 1 / r.upper(x);
-      m[k + 2] = (r.right(x, k == n) - r.lower(x) * m[k - 2] - r.middle(x) * m[k]) * inverse;
-    }
+  using pair = typename MomentRecurrence<Real>::pair;
+  pair before = r.load(m + 1), now = r.load(m + 3);
+  for (int n = 3; n <= 21; n += 2) {
+    const auto t = r.at(n);
+    const pair next = (t.right - t.lower * before - t.middle * now) * (1 / t.upper);
+    std::memcpy(m + n + 2, &next, sizeof next);
+    before = now;
+    now = next;
   }
 }
 
-// Tridiagonal equations for 25 moments from degree `first` on in steps of 2. Pivoting moves fill into a second upper diagonal.
+// Tridiagonal equations for 25 moments of one kind, eliminated row by row as they come. Pivoting moves fill into a second upper
+// diagonal.
 template <class Real>
 struct MomentEquations {
   static constexpr int equations = 25, end = equations - 1;
-  Real diagonal[equations], upper[equations], second[equations], lower[equations], x[equations];
+  struct Row {
+    Real diagonal, upper, value;
+  };
+  Row row;                   // the next to be eliminated
+  Real next = 0, after = 0;  // the two moments found last
+  Real upper[equations], second[equations], x[equations];
 
-  // The moment before the first is known, the one behind the last is taken from afar.
-  void set(const MomentRecurrence<Real>& r, int first, bool cosine, Real before) {
-    for (int k = 0; k < equations; ++k) {
-      const Real n = static_cast<Real>(first + 2 * k);
-      lower[k] = r.lower(n);
-      diagonal[k] = r.middle(n);
-      upper[k] = r.upper(n);
-      second[k] = 0;
-      x[k] = r.right(n, cosine);
+  // Row k from the one below it, whose lower element is given.
+  void eliminate(int k, Real lower, Row below) {
+    Row top = row;
+    Real fill = 0;
+    if (std::fabs(lower) > std::fabs(row.diagonal)) {
+      top = {lower, below.diagonal, below.value};
+      fill = below.upper;
+      below = {row.upper, 0, row.value};
+      lower = row.diagonal;
     }
-    x[0] -= lower[0] * before;
-    x[end] -= upper[end] * r.far(static_cast<Real>(first + 2 * equations), cosine);
-    upper[end] = 0;
+    const Real inverse = 1 / top.diagonal;
+    upper[k] = top.upper * inverse;
+    second[k] = fill * inverse;
+    x[k] = top.value * inverse;
+    row = {below.diagonal - lower * upper[k], below.upper - lower * second[k], below.value - lower * x[k]};
   }
-  // Leaves row k divided by its pivot.
-  void eliminate(int k) {
-    if (std::fabs(lower[k + 1]) > std::fabs(diagonal[k])) {
-      const Real d = diagonal[k], u = upper[k], y = x[k];
-      diagonal[k] = lower[k + 1];
-      upper[k] = diagonal[k + 1];
-      second[k] = upper[k + 1];
-      x[k] = x[k + 1];
-      lower[k + 1] = d;
-      diagonal[k + 1] = u;
-      upper[k + 1] = 0;
-      x[k + 1] = y;
-    }
-    const Real inverse = 1 / diagonal[k];
-    upper[k] *= inverse;
-    second[k] *= inverse;
-    x[k] *= inverse;
-    diagonal[k + 1] -= lower[k + 1] * upper[k];
-    upper[k + 1] -= lower[k + 1] * second[k];
-    x[k + 1] -= lower[k + 1] * x[k];
+  void finish() {
+    x[end] = next = row.value / row.diagonal;
   }
   void substitute(int k) {
-    if (k < end - 1) x[k] -= second[k] * x[k + 2];
-    x[k] -= upper[k] * x[k + 1];
+    x[k] = x[k] - second[k] * after - upper[k] * next;
+    after = next;
+    next = x[k];
   }
 };
 
-// The same as boundary value problems.
+// The same as boundary value problems: the moments before the first are known, those behind the last are taken from afar.
 template <class Real>
 void extend_between(const MomentRecurrence<Real>& r, Real* m) {
   using E = MomentEquations<Real>;
-  E cosines, sines;
-  cosines.set(r, 6, true, m[4]);
-  sines.set(r, 5, false, m[3]);
+  using pair = typename MomentRecurrence<Real>::pair;
+  constexpr int first = 5, last = first + 2 * E::end;
+  const pair behind{r.far(last + 2, false), r.far(last + 3, true)};
+  auto t = r.at(first);
+  t.right -= t.lower * r.load(m + first - 2);
+  E sines, cosines;
+  sines.row = {t.middle[0], t.upper[0], t.right[0]};
+  cosines.row = {t.middle[1], t.upper[1], t.right[1]};
   for (int k = 0; k < E::end; ++k) {
-    cosines.eliminate(k);
-    sines.eliminate(k);
+    t = r.at(first + 2 * k + 2);
+    if (k + 1 == E::end) {
+      t.right -= t.upper * behind;
+      t.upper = pair{};
+    }
+    sines.eliminate(k, t.lower[0], {t.middle[0], t.upper[0], t.right[0]});
+    cosines.eliminate(k, t.lower[1], {t.middle[1], t.upper[1], t.right[1]});
   }
-  cosines.x[E::end] /= cosines.diagonal[E::end];
-  sines.x[E::end] /= sines.diagonal[E::end];
+  sines.finish();
+  cosines.finish();
   for (int k = E::end - 1; k >= 0; --k) {
-    cosines.substitute(k);
     sines.substitute(k);
+    cosines.substitute(k);
   }
   for (int k = 0; k < 10; ++k) {
-    m[5 + 2 * k] = sines.x[k];
-    m[6 + 2 * k] = cosines.x[k];
+    m[first + 2 * k] = sines.x[k];
+    m[first + 2 * k + 1] = cosines.x[k];
   }
 }
 
 // All 25 moments for |p| > 2.
 template <class Real>
 void oscillatory_moments(Real p, Real* m) {
-  const MomentRecurrence<Real> r{p, p * p, std::sin(p), std::cos(p)};
+  const MomentRecurrence<Real> r(p, std::sin(p), std::cos(p));
   const Real p2 = r.p2, ps = r.s / p;
   m[0] = 2 * ps;
   m[1] = 2 * (r.s - p * r.c) / p2;
@@ -178,18 +210,19 @@ Estimate<Real> l_q5awo(const F& f, Real a, Real b, Real omega, long weight, long
         f, [=](Real x) { return l_q6awo(x, omega, weight); }, a, b);
   }
   neval += 25;
+  // What does not need f comes first, so that its long chains of operations run beside the first calls of f.
+  const Real* const m = moments.row(p, level, again);
+  const Real along = h * std::cos(centre * omega), across = h * std::sin(centre * omega);
   Real values[25], cheb12[13], cheb24[25];
   chebyshev_values(f, a, b, values, [&f](Real x) { return f(x); });
   l_q7awo(values, cheb12, cheb24);
-  const Real* const m = moments.row(p, level, again);
-  Real long_cos = 0, long_sin = 0, short_cos = 0, short_sin = 0, absolute = 0;
-  for (int k = 0; k < 25; ++k) absolute += std::fabs(cheb24[k]);
+  Real long_cos = 0, long_sin = 0, short_cos = 0, short_sin = 0;
   for (int k = 24; k >= 0; k -= 2) long_cos += cheb24[k] * m[k];
   for (int k = 23; k >= 0; k -= 2) long_sin += cheb24[k] * m[k];
   for (int k = 12; k >= 0; k -= 2) short_cos += cheb12[k] * m[k];
   for (int k = 11; k >= 0; k -= 2) short_sin += cheb12[k] * m[k];
-  const Real along = h * std::cos(centre * omega), across = h * std::sin(centre * omega);
   const Real cos_error = long_cos - short_cos, sin_error = long_sin - short_sin;
+  const Real absolute = lane_sum<Real, 25>([&](auto at) { return at.absolute(at(cheb24)); });
   Estimate<Real> e{0, 0, std::fabs(h) * absolute, Machine<Real>::largest};
   if (weight == cosine_weight) {
     e.result = along * long_cos - across * long_sin;

@@ -231,12 +231,24 @@ constexpr Real cosine24(int k) {
   return k <= 12 ? Chebyshev24<Real>::cosine[k] : -Chebyshev24<Real>::cosine[24 - k];
 }
 
-// cos(j k pi / n) for the odd k up to n / 2, or for all k if n is odd; row j.
+// The points on [-1, 1].
+template <class Real>
+struct ChebyshevPoints {
+  Real at[25];
+  constexpr ChebyshevPoints() : at() {
+    for (int j = 0; j <= 24; ++j) at[j] = cosine24<Real>(j);
+  }
+};
+template <class Real>
+inline constexpr ChebyshevPoints<Real> chebyshev_points;
+
+// cos(j k pi / n) for the odd k up to n / 2, or for all k if n is odd; row j. Filled up to whole lanes.
 template <class Real, int n>
 struct CosineRows {
   static constexpr bool folds = n % 2 == 0;
   static constexpr int rows = folds ? n / 2 : n + 1, columns = folds ? (n / 2 + 1) / 2 : n + 1;
-  Real at[rows][columns];
+  static constexpr int width = Lanes<Real>::width, room = (columns + width - 1) / width * width;
+  Real at[rows][room];
   constexpr CosineRows() : at() {
     for (int j = 0; j < rows; ++j) {
       for (int r = 0; r < columns; ++r) at[j][r] = cosine24<Real>(j * (folds ? 2 * r + 1 : r) * (24 / n));
@@ -246,38 +258,41 @@ struct CosineRows {
 template <class Real, int n>
 inline constexpr CosineRows<Real, n> cosine_rows;
 
-// Sums over f[j] cos(j k pi / n), j = 0 to n, for n = 24, 12, 6, 3: the even k are the sums of the folded values, and the odd k
-// come in pairs k, n - k that share their products.
-template <int n, class Real>
+// Sums over f[j] cos(j k pi / n), j = 0 to n, for n = 24, 12, 6, 3, to c[stride k]: the even k are the sums of the folded values,
+// and the odd k come in pairs k, n - k that share their products. Sums stay in lanes over all j.
+template <int n, int stride = 1, class Real>
 inline void cosine_sums(const Real* f, Real* c) {
+  using L = Lanes<Real>;
   constexpr auto& table = cosine_rows<Real, n>;
-  constexpr int columns = table.columns;
-  Real p[columns] = {}, q[columns] = {};
+  Real p[table.room], q[table.room];
   if constexpr (n % 2 != 0) {
-    for (int j = 0; j <= n; ++j) {
-      for (int r = 0; r < columns; ++r) p[r] += f[j] * table.at[j][r];
+    for (int r = 0; r < table.columns; r += L::width) {
+      typename L::type sum{};
+      for (int j = 0; j <= n; ++j) sum += f[j] * L{r}(table.at[j]);
+      std::memcpy(p + r, &sum, sizeof sum);
     }
-    for (int k = 0; k <= n; ++k) c[k] = p[k];
+    for (int k = 0; k <= n; ++k) c[stride * k] = p[k];
   } else {
     constexpr int half = n / 2;
-    Real even[half + 1], odd[half], folded[half + 1];
+    Real even[half + 1], odd[half];
     for (int j = 0; j < half; ++j) {
       even[j] = f[j] + f[n - j];
       odd[j] = f[j] - f[n - j];
     }
     even[half] = f[half];
-    for (int j = 0; j < half; j += 2) {
-      for (int r = 0; r < columns; ++r) p[r] += odd[j] * table.at[j][r];
+    for (int r = 0; r < table.columns; r += L::width) {
+      typename L::type even_rows{}, odd_rows{};
+      for (int j = 0; j < half; j += 2) even_rows += odd[j] * L{r}(table.at[j]);
+      for (int j = 1; j < half; j += 2) odd_rows += odd[j] * L{r}(table.at[j]);
+      const typename L::type low = even_rows + odd_rows, high = even_rows - odd_rows;
+      std::memcpy(p + r, &low, sizeof low);
+      std::memcpy(q + r, &high, sizeof high);
     }
-    for (int j = 1; j < half; j += 2) {
-      for (int r = 0; r < columns; ++r) q[r] += odd[j] * table.at[j][r];
+    for (int r = 0; r < table.columns; ++r) {
+      c[stride * (n - 2 * r - 1)] = q[r];
+      c[stride * (2 * r + 1)] = p[r];
     }
-    cosine_sums<half>(even, folded);
-    for (int m = 0; m <= half; ++m) c[2 * m] = folded[m];
-    for (int r = 0; r < columns; ++r) {
-      c[n - 2 * r - 1] = p[r] - q[r];
-      c[2 * r + 1] = p[r] + q[r];
-    }
+    cosine_sums<half, 2 * stride>(even, c);
   }
 }
 
@@ -314,7 +329,7 @@ inline void chebyshev_values(const F& f, Real a, Real b, Real* values, Value val
   const Real last = next_inside(b, a), first = next_inside(a, b);
   f.begin();
   values[0] = value(last) / 2;
-  for (int j = 1; j < 24; ++j) values[j] = value(centre + h * cosine24<Real>(j));
+  for (int j = 1; j < 24; ++j) values[j] = value(centre + h * chebyshev_points<Real>.at[j]);
   values[24] = value(first) / 2;
   f.end();
 }
