@@ -57,6 +57,12 @@ void lu_solve(benchmark::State& state) {
                        ZENT_RETURN_USER, s.x.data(), 0);
   }
 }
+// The same without the signal trap, which every outermost call arms and disarms.
+void lu_solve_untrapped(benchmark::State& state) {
+  zent_error_options(ZENT_SIGNAL_TRAPPING, 0, 0);
+  lu_solve(state);
+  zent_error_options(ZENT_SIGNAL_TRAPPING, 1, 0);
+}
 void lu_inverse(benchmark::State& state) {
   System s(state.range(0), false);
   for (auto _ : state) zent_d_lin_sol_gen(s.n, s.a.data(), nullptr, ZENT_INVERSE_ONLY, ZENT_INVERSE_USER, s.factor.data(), 0);
@@ -70,6 +76,18 @@ void cholesky_factor(benchmark::State& state) {
 void cholesky_system(benchmark::State& state) {
   System s(state.range(0), true);
   for (auto _ : state) zent_d_lin_sol_posdef(s.n, s.a.data(), s.b.data(), ZENT_RETURN_USER, s.x.data(), 0);
+}
+void cholesky_solve(benchmark::State& state) {
+  System s(state.range(0), true);
+  zent_d_lin_sol_posdef(s.n, s.a.data(), nullptr, ZENT_FACTOR_ONLY, ZENT_FACTOR_USER, s.factor.data(), 0);
+  for (auto _ : state) {
+    zent_d_lin_sol_posdef(s.n, nullptr, s.b.data(), ZENT_SOLVE_ONLY, ZENT_FACTOR_USER, s.factor.data(), ZENT_RETURN_USER,
+                          s.x.data(), 0);
+  }
+}
+void cholesky_inverse(benchmark::State& state) {
+  System s(state.range(0), true);
+  for (auto _ : state) zent_d_lin_sol_posdef(s.n, s.a.data(), nullptr, ZENT_INVERSE_ONLY, ZENT_INVERSE_USER, s.factor.data(), 0);
 }
 
 #if defined(ZENT_HAVE_LAPACK) && defined(ZENT_HAVE_OPENBLAS)
@@ -146,6 +164,23 @@ void lapack_posv(benchmark::State& state) {
     LAPACK_dposv(&s.upper, &s.order, &s.one, s.factor.data(), &s.order, s.x.data(), &s.order, &s.info);
   }
 }
+void lapack_potrs(benchmark::State& state) {
+  Peer s(state.range(0), true);
+  s.load();
+  LAPACK_dpotrf(&s.upper, &s.order, s.factor.data(), &s.order, &s.info);
+  for (auto _ : state) {
+    s.x = s.b;
+    LAPACK_dpotrs(&s.upper, &s.order, &s.one, s.factor.data(), &s.order, s.x.data(), &s.order, &s.info);
+  }
+}
+void lapack_potri(benchmark::State& state) {
+  Peer s(state.range(0), true);
+  for (auto _ : state) {
+    s.load();
+    LAPACK_dpotrf(&s.upper, &s.order, s.factor.data(), &s.order, &s.info);
+    LAPACK_dpotri(&s.upper, &s.order, s.factor.data(), &s.order, &s.info);
+  }
+}
 #define BESIDE(mine, peer)                                                                  \
   BENCHMARK(mine)->Arg(100)->Arg(500)->Arg(1000)->Arg(2000)->Unit(benchmark::kMicrosecond); \
   BENCHMARK(peer)->Arg(100)->Arg(500)->Arg(1000)->Arg(2000)->Unit(benchmark::kMicrosecond)
@@ -157,9 +192,12 @@ BESIDE(lu_factor, lapack_getrf);
 BESIDE(lu_factor_with_estimate, lapack_getrf_gecon);
 BESIDE(lu_system, lapack_gesv);
 BESIDE(lu_solve, lapack_getrs);
+BENCHMARK(lu_solve_untrapped)->Arg(100)->Arg(500)->Unit(benchmark::kMicrosecond);
 BESIDE(lu_inverse, lapack_getri);
 BESIDE(cholesky_factor, lapack_potrf);
 BESIDE(cholesky_system, lapack_posv);
+BESIDE(cholesky_solve, lapack_potrs);
+BESIDE(cholesky_inverse, lapack_potri);
 
 }  // namespace
 

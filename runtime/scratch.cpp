@@ -1,5 +1,9 @@
 #include "runtime/scratch.hpp"
 
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -23,6 +27,20 @@ bool byte_count(long count, std::size_t size, std::size_t& bytes) {
   return true;
 }
 
+// Asks for large pages for fresh memory, which may be null. A factor is written once and read a few times, so that the first
+// touches of small pages could cost as much as the arithmetic.
+void* in_large_pages(void* memory, std::size_t bytes) {
+#if defined(__linux__)
+  constexpr std::uintptr_t small_page = 4096;
+  constexpr std::size_t large_page = 2 << 20;
+  if (memory == nullptr || bytes < 2 * large_page) return memory;
+  const auto first = (reinterpret_cast<std::uintptr_t>(memory) + small_page - 1) / small_page * small_page;
+  const auto last = (reinterpret_cast<std::uintptr_t>(memory) + bytes) / small_page * small_page;
+  [[maybe_unused]] const int advised = madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+#endif
+  return memory;
+}
+
 template <class Half>
 Block* link(void* memory) {
   Block* block = static_cast<Block*>(memory);
@@ -40,7 +58,8 @@ template <class Half>
 void* scratch_bytes(long count, std::size_t size, bool zero) {
   std::size_t bytes;
   if (!byte_count(count, size, bytes)) return nullptr;
-  void* memory = std::malloc(sizeof(Block) + alignment - 1 + bytes);
+  const std::size_t whole = sizeof(Block) + alignment - 1 + bytes;
+  void* memory = in_large_pages(std::malloc(whole), whole);
   if (memory == nullptr) return nullptr;
   const auto behind = reinterpret_cast<std::uintptr_t>(link<Half>(memory) + 1);
   void* aligned = reinterpret_cast<void*>((behind + alignment - 1) / alignment * alignment);
@@ -52,7 +71,7 @@ template <class Half>
 void* result_bytes(long count, std::size_t size) {
   std::size_t bytes;
   if (!byte_count(count, size, bytes)) return nullptr;
-  void* result = std::malloc(bytes);
+  void* result = in_large_pages(std::malloc(bytes), bytes);
   void* header = result == nullptr ? nullptr : std::malloc(sizeof(Block));
   if (header == nullptr) {
     std::free(result);

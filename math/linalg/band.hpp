@@ -119,27 +119,30 @@ void l_lfsqs(long n, const T* fac, long ldfac, long ncoda, const T* b, T* x);
 template <class T>
 void l_lfsqs_rows(long n, const T* fac, long ncoda, const T* b, T* x);
 
-// Columns first to last - 1 of a rows by n array, row-major, become columns of b.
-template <class T>
-void gather_columns(long rows, long n, long first, long last, const T* a, T* b, long ld) {
-  for (long r = 0; r < rows; ++r) {
-    for (long j = first; j < last; ++j) b[(j - first) * ld + r] = a[r * n + j];
-  }
-}
-
-// The rows by n array between row-major and column-major with leading dimension ld, tile by tile.
+// The rows by n array between row-major and column-major with leading dimension ld, tile by tile: plainly where there are few
+// rows for the kernel's squares.
+constexpr long transposed_tile = 64, least_for_squares = 8;
 template <class T>
 void rows_to_columns(long rows, long n, const T* a, T* b, long ld) {
-  constexpr long tile = 32;
-  for (long first = 0; first < n; first += tile) {
-    gather_columns(rows, n, first, first + tile < n ? first + tile : n, a, b + first * ld, ld);
+  for (long first = 0; first < n; first += transposed_tile) {
+    const long last = first + transposed_tile < n ? first + transposed_tile : n;
+    if (rows >= least_for_squares) {
+      fast::kernels<T>().transpose(false, last - first, rows, a + first, n, b + first * ld, ld);
+      continue;
+    }
+    for (long r = 0; r < rows; ++r) {
+      for (long j = first; j < last; ++j) b[j * ld + r] = a[r * n + j];
+    }
   }
 }
 template <class T>
 void columns_to_rows(long rows, long n, const T* b, long ld, T* a) {
-  constexpr long tile = 32;
-  for (long first = 0; first < n; first += tile) {
-    const long last = first + tile < n ? first + tile : n;
+  for (long first = 0; first < n; first += transposed_tile) {
+    const long last = first + transposed_tile < n ? first + transposed_tile : n;
+    if (rows >= least_for_squares) {
+      fast::kernels<T>().transpose(false, rows, last - first, b + first * ld, ld, a + first, n);
+      continue;
+    }
     for (long r = 0; r < rows; ++r) {
       for (long j = first; j < last; ++j) a[r * n + j] = b[j * ld + r];
     }
@@ -161,8 +164,11 @@ bool obtain_estimate_work(long n, T*& x, bool*& signs, T*& reciprocals) {
 // vector of a pass is fixed by the index that the pass before chose, so a repeated index closes a cycle: what the fifth pass
 // would give is then known without running it. The solutions turn x into what they give, and signs is work. With a
 // matrix of large elements the vectors are scaled by a power of 2 near its norm, lest the inverse's underflow.
+// A Hermitian matrix has room for n in `image`, null else: the first solution is also that for signs which are all 1, so that it
+// remains to solve for the differences from 1. These are few where the inverse decays, and often none.
 template <class T, class Solve, class SolveTransposed>
-RealOf<T> estimate_inverse_norm(long n, T* x, bool* signs, RealOf<T> norm, Solve solve, SolveTransposed solve_transposed) {
+RealOf<T> estimate_inverse_norm(long n, T* x, bool* signs, T* image, RealOf<T> norm, Solve solve,
+                                SolveTransposed solve_transposed) {
   using Real = RealOf<T>;
   constexpr int passes = 5;
   const bool scales = norm > 1 && norm <= Machine<Real>::largest;
@@ -173,18 +179,26 @@ RealOf<T> estimate_inverse_norm(long n, T* x, bool* signs, RealOf<T> norm, Solve
   for (int pass = 0;; ++pass) {
     solve();
     for (long i = 0; i < n; ++i) estimate[pass] += magnitude(x[i]);
+    if (pass == 0 && !std::isfinite(static_cast<Real>(n) * estimate[0])) image = nullptr;
+    if (pass == 0 && image != nullptr) {
+      for (long i = 0; i < n; ++i) image[i] = static_cast<Real>(n) * x[i];
+    }
     estimate[pass] /= unit;
     if (pass == passes - 1) return estimate[pass];
-    long changed = 0;  // the same signs lead to the same index
+    const T known = kernel::from_real<T>(image != nullptr ? 1 : 0);
+    long changed = 0, negative = 0;  // the same signs lead to the same index
     for (long i = 0; i < n; ++i) {
       const T sign = direction(x[i]);
       const bool positive = sign == kernel::from_real<T>(1);
-      changed += pass == 0 || positive != signs[i] || (kernel::ComplexRecord<T> && !positive);
+      changed += positive != signs[i];
+      negative += !positive;
       signs[i] = positive;
-      x[i] = unit * sign;
+      x[i] = unit * (sign - known);
     }
-    if (changed == 0) return estimate[pass];
-    solve_transposed();
+    if (kernel::ComplexRecord<T>) changed += negative;  // signs off the real line are not kept
+    if (pass > 0 && changed == 0) return estimate[pass];
+    if (image == nullptr || negative != 0) solve_transposed();
+    for (long i = 0; image != nullptr && i < n; ++i) x[i] += image[i];
     chosen[pass] = fast::iamax(n, x, 1) - 1;
     for (int earlier = 0; earlier < pass; ++earlier) {
       if (chosen[earlier] != chosen[pass]) continue;

@@ -249,6 +249,7 @@ RealOf<T> l_condition_higham(long n, const T* fac, long ldfac, long ncoda, RealO
   T *x, *reciprocals;
   bool* signs;
   if (!obtain_estimate_work(n, x, signs, reciprocals)) return 0;
+  T* const image = scratch<Math, T>(n);  // the estimate does without it where there is no room
   const UpperBand<const T> r = {.data = fac, .ld = ldfac, .n = n, .codiagonals = ncoda};
   for (long j = 0; j < n; ++j) reciprocals[j] = kernel::from_real<T>(1) / *r.diagonal(j);
   const Reciprocals<T> quotient = {reciprocals};
@@ -256,7 +257,7 @@ RealOf<T> l_condition_higham(long n, const T* fac, long ldfac, long ncoda, RealO
     run_for_processor<SolveForward>(r, x, quotient);
     run_for_processor<SolveBackward>(r, x, quotient);
   };
-  return estimate_inverse_norm(n, x, signs, norm, solve, solve);
+  return estimate_inverse_norm(n, x, signs, image, norm, solve, solve);
 }
 
 template <class T>

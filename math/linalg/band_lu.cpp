@@ -183,17 +183,26 @@ long chosen_block(long nlca) {
   return nlca < 48 ? 1 : 16;
 }
 
+// Columns first to last - 1. Elements in rows of n go by whole tiles where no corner of the storage is near.
+template <class T>
+void copy_columns(long n, long first, long last, const T* a, long row_step, long column_step, long nlca, long nuca, T* fac,
+                  long ldfac) {
+  const long m = nlca + nuca + 1;
+  if (column_step == 1 && m >= least_for_squares && first >= nuca && last <= n - nlca) {
+    for (long j = first; j < last; ++j) std::fill_n(fac + j * ldfac, nlca, T{});
+    fast::kernels<T>().transpose(false, last - first, m, a + first, row_step, fac + first * ldfac + nlca, ldfac);
+    return;
+  }
+  std::fill_n(fac + first * ldfac, (last - first) * ldfac, T{});
+  for (long r = 0; r < m; ++r) {
+    const long from = std::max(first, nuca - r), to = std::min(last, n + nuca - r);  // 0 <= j + r - nuca < n
+    for (long j = from; j < to; ++j) fac[j * ldfac + nlca + r] = a[r * row_step + j * column_step];
+  }
+}
 template <class T>
 void copy_band(long n, const T* a, long row_step, long column_step, long nlca, long nuca, T* fac, long ldfac) {
-  constexpr long tile = 32;
-  const long m = nlca + nuca + 1;
-  for (long first = 0; first < n; first += tile) {
-    const long last = std::min(n, first + tile);
-    std::fill_n(fac + first * ldfac, (last - first) * ldfac, T{});
-    for (long r = 0; r < m; ++r) {
-      const long from = std::max(first, nuca - r), to = std::min(last, n + nuca - r);  // 0 <= j + r - nuca < n
-      for (long j = from; j < to; ++j) fac[j * ldfac + nlca + r] = a[r * row_step + j * column_step];
-    }
+  for (long first = 0; first < n; first += transposed_tile) {
+    copy_columns(n, first, std::min(n, first + transposed_tile), a, row_step, column_step, nlca, nuca, fac, ldfac);
   }
 }
 
@@ -288,7 +297,7 @@ RealOf<T> l_condition_higham(long n, const T* fac, long ldfac, long nlca, long n
   for (long j = 0; j < n; ++j) reciprocals[j] = kernel::from_real<T>(1) / *f.diagonal(j);
   const Reciprocals<T> quotient = {reciprocals};
   return estimate_inverse_norm(
-      n, x, signs, norm, [=] { run_for_processor<SolvePlain>(f, pvt, x, quotient); },
+      n, x, signs, static_cast<T*>(nullptr), norm, [=] { run_for_processor<SolvePlain>(f, pvt, x, quotient); },
       [=] { run_for_processor<SolveTransposed>(f, pvt, x, quotient); });
 }
 

@@ -146,30 +146,44 @@ bool lslrt(long n, const T* a, long lda, const T* b, long ipath, T* x) {
   return done;
 }
 
-// U := U U^H in the upper triangle, a block of columns at a time.
+inline constexpr long product_leaf = 16;
+
+// B := B U^H, B m by n, by halves.
+template <class T>
+void multiply_right(long m, long n, const T* u, long ldu, T* b, long ldb) {
+  if (n > product_leaf) {
+    const long half = n / 2;
+    T* right = b + half * ldb;
+    multiply_right(m, half, u, ldu, b, ldb);
+    fast::gemm('N', 'C', m, half, n - half, from_real<T>(1), right, ldb, u + half * ldu, ldu, from_real<T>(1), b, ldb);
+    multiply_right(m, n - half, u + half + half * ldu, ldu, right, ldb);
+    return;
+  }
+  for (long j = 0; j < n; ++j) {
+    T* column = b + j * ldb;
+    fast::scal(m, conj(u[j + j * ldu]), column, 1);
+    for (long k = j + 1; k < n; ++k) fast::axpy(m, conj(u[j + k * ldu]), b + k * ldb, 1, column, 1);
+  }
+}
+
+// U := U U^H in the upper triangle, by halves.
 template <class T>
 void multiply_triangle(long n, T* u, long ldu) {
-  constexpr long block = 32;
-  for (long c0 = 0; c0 < n; c0 += block) {
-    const long width = std::min(block, n - c0), right = c0 + width, rest = n - right;
-    T* columns = u + c0 * ldu;
-    for (long j = 0; j < width; ++j) {  // the part above the block times the triangle's conjugate transpose
-      T* column = columns + j * ldu;
-      fast::scal(c0, conj(column[c0 + j]), column, 1);
-      for (long k = j + 1; k < width; ++k) fast::axpy(c0, conj(columns[c0 + j + k * ldu]), columns + k * ldu, 1, column, 1);
+  if (n > product_leaf) {
+    const long half = n / 2;
+    T *above = u + half * ldu, *corner = above + half;
+    multiply_triangle(half, u, ldu);
+    fast::syrk('U', 'N', half, n - half, RealOf<T>{1}, above, ldu, RealOf<T>{1}, u, ldu);
+    multiply_right(half, n - half, corner, ldu, above, ldu);
+    multiply_triangle(n - half, corner, ldu);
+    return;
+  }
+  for (long j = 0; j < n; ++j) {  // row i needs row i and those below it, column by column from the left
+    for (long i = 0; i <= j; ++i) {
+      T sum{};
+      for (long k = j; k < n; ++k) sum += u[i + k * ldu] * conj(u[j + k * ldu]);
+      u[i + j * ldu] = sum;
     }
-    for (long j = 0; j < width;
-         ++j) {  // the triangle itself; row i needs row i and those below it, column by column from the left
-      for (long i = 0; i <= j; ++i) {
-        T sum{};
-        for (long k = j; k < width; ++k) sum += columns[c0 + i + k * ldu] * conj(columns[c0 + j + k * ldu]);
-        columns[c0 + i + j * ldu] = sum;
-      }
-    }
-    if (rest < 1) continue;
-    fast::gemm('N', 'C', c0, width, rest, from_real<T>(1), u + right * ldu, ldu, u + c0 + right * ldu, ldu, from_real<T>(1),
-               columns, ldu);
-    fast::syrk('U', 'N', width, rest, RealOf<T>{1}, u + c0 + right * ldu, ldu, RealOf<T>{1}, columns + c0, ldu);
   }
 }
 

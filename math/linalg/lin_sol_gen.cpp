@@ -85,7 +85,7 @@ struct GeneralKernels {
   template <class T>
   static bool invert(long n, const T* a, DenseOptions<T>& o) {
     if (o.inverse_storage == Storage::library) o.inverse = result<Math, T>(area(n, o.inv_col_dim));
-    T* work = scratch<Math, T>(area(n, inverse_block));
+    T* work = scratch<Math, T>(area(n, std::min(n, inverse_block)));
     long* pvt = scratch<Math, long>(n);
     if (o.inverse == nullptr || work == nullptr || pvt == nullptr) return no_memory<T>(n);
     const long ld = o.inv_col_dim;

@@ -11,7 +11,7 @@ namespace zent::linalg {
 
 inline constexpr long estimate_rows = 16;  // rows of U that the estimate gathers at a time
 inline constexpr long lu_leaf = 8;
-inline constexpr long inverse_block = 32;
+inline constexpr long inverse_block = 128;  // fewer columns would not pay for bringing the other ones in again and again
 
 template <class T>
 [[gnu::always_inline]] inline void scaled_sizes_body(long n, const T* column, const RealOf<T>* scale, RealOf<T>* product) {
@@ -449,7 +449,7 @@ bool lfsrg(long n, const T* fac, long ldfac, const long* pvt, const T* b, long i
 }
 
 // Turns the factor in inva into the inverse: U^-1 first, then the multipliers are undone a block of columns at a time, then the
-// interchanges. work: n by inverse_block elements.
+// interchanges. work: n by the smaller of n and inverse_block elements.
 template <class Half, class T>
 bool invert_lu(long n, T* inva, long ldinva, const long* pvt, T* work) {
   for (long j = 0; j < n; ++j) {

@@ -5,7 +5,7 @@
 
 namespace zent::linalg {
 
-inline constexpr long forward_block = 32, forward_group = 8;
+inline constexpr long forward_block = 64, forward_group = 8;
 
 // Rows behind a block of steps that an interchange of the block has brought there, and what the block makes of them.
 template <class T>

@@ -29,7 +29,7 @@ TEST(BandAllocation, IsCheckedEverywhere) {
         zent_free_allocated_memory(rows);
         return x;
       },
-      4);
+      4, 1);
   Zent_d_sparse_elem e[] = {{0, 0, 1}, {1, 0, 2}};
   failing::survive([&] { return zent_d_mat_mul_rect_coordinate("A*trans(A)", ZENT_A_MATRIX, 2, 2, 2, e, 0); }, 6);
   failing::survive([&] { return zent_d_mat_mul_rect_band("A*A", ZENT_A_MATRIX, 200, 200, 40, 40, m.a.data(), 0); }, 1);

@@ -138,6 +138,93 @@ TEST(PosdefBandErrors, InTheirOrder) {
   EXPECT_NEAR(x[0], 1e20, 1e6);
 }
 
+// The five passes on the explicit inverse. Signs that are all 1, some, or none of them 1 (off the real line) lead to different
+// ways through a pass.
+template <class T>
+void expect_highams_estimate(unsigned seed) {
+  using Value = typename Form<T>::Value;
+  const long n = 3 + seed % 11, k = 1 + seed % 2;
+  Definite<T> m(n, k);
+  for (long i = 0; i < n; ++i) {
+    for (long j = i + 1; seed % 4 == 0 && j <= std::min(n - 1, i + k); ++j) m.at(i, j) = m.at(j, i) = element<T>(-0.9);
+  }
+  std::vector<T> a = m.upper(), e(n), x(n);
+  std::vector<Value> inverse(n * n), start(n, 1.0 / static_cast<double>(n));
+  double cond = 0, norm = 0, estimate = 0;
+  for (long j = 0; j < n; ++j) {
+    std::fill(e.begin(), e.end(), T{});
+    e[j] = element<T>(1.0);
+    ASSERT_NE(Form<T>::posdef(n, a.data(), k, e.data(), ZENT_RETURN_USER, x.data(), ZENT_CONDITION, &cond, 0), nullptr);
+    double sum = 0;
+    for (long i = 0; i < n; ++i) inverse[i * n + j] = value(x[i]);
+    for (long i = std::max(0L, j - k); i <= std::min(n - 1, j + k); ++i) sum += std::abs(value(m.at(i, j)));
+    norm = std::max(norm, sum);
+  }
+  for (int pass = 0; pass < 5; ++pass) {
+    std::vector<Value> y(n), z(n);
+    estimate = 0;
+    for (long i = 0; i < n; ++i) {
+      for (long j = 0; j < n; ++j) y[i] += inverse[i * n + j] * start[j];
+      estimate += std::abs(y[i]);
+    }
+    for (long i = 0; i < n; ++i) {
+      Value sign = 1;
+      if constexpr (is_complex<T>) {
+        if (std::abs(y[i]) > 0) sign = y[i] / std::abs(y[i]);
+      } else if (y[i] < 0) {
+        sign = -1;
+      }
+      for (long j = 0; j < n; ++j) z[j] += inverse[j * n + i] * sign;
+    }
+    const auto size = [](Value v) { return std::abs(std::real(v)) + std::abs(std::imag(v)); };
+    long best = 0;
+    for (long j = 1; j < n; ++j) best = size(z[j]) > size(z[best]) ? j : best;
+    std::fill(start.begin(), start.end(), Value{});
+    start[best] = 1;
+  }
+  EXPECT_NEAR(cond / (norm * estimate), 1, 1e-9) << seed;
+}
+TEST(PosdefBandCondition, IsHighamsEstimateOfTheFifthPass) {
+  be_quiet();
+  engine.seed(31);
+  for (unsigned seed = 0; seed < 60; ++seed) {
+    expect_highams_estimate<double>(seed);
+    expect_highams_estimate<zent_d_complex>(seed);
+  }
+}
+
+// The inverse is within the range of the numbers, the sum of its elements beyond.
+TEST(PosdefBandCondition, MayOverflow) {
+  be_quiet();
+  double a[] = {2.3e-308, 2.3e-308, 2.3e-308, 2.3e-308, 1, 2.3e-308, 2.3e-308, 2.3e-308}, b[8] = {}, x[8], cond = 0;
+  EXPECT_EQ(zent_d_lin_sol_posdef_band(8L, a, 0L, b, ZENT_CONDITION, &cond, ZENT_RETURN_USER, x, 0), x);
+  EXPECT_EQ(zent_error_code(), MATH_ILL_CONDITIONED);
+  EXPECT_NEAR(cond * 2.3e-308, 1, 1e-9);
+}
+
+// Storage of many large pages, and transpositions of whole tiles in it.
+TEST(PosdefBandCondition, OfALongBand) {
+  be_quiet();
+  engine.seed(5);
+  const long n = 70001, k = 20;
+  Definite<double> m(n, k);
+  std::vector<double> a = m.upper(), b = random_vector<double>(n), x(n);
+  double cond = 0, general = 0, *factor = nullptr;
+  EXPECT_EQ(zent_d_lin_sol_gen_band(n, m.a.data(), k, k, b.data(), ZENT_CONDITION, &general, ZENT_RETURN_USER, x.data(), 0),
+            x.data());
+  EXPECT_LT(backward_error(m, b, x.data(), false), 100);
+  EXPECT_EQ(zent_d_lin_sol_posdef_band(n, a.data(), k, b.data(), ZENT_CONDITION, &cond, ZENT_FACTOR, &factor, ZENT_RETURN_USER,
+                                       x.data(), 0),
+            x.data());
+  const Release one(factor);
+  EXPECT_LT(backward_error(m, b, x.data(), false), 100);
+  EXPECT_NEAR(cond / general, 1, 1e-9);
+  EXPECT_EQ(zent_d_lin_sol_posdef_band(n, nullptr, k, b.data(), ZENT_FACTOR_USER, factor, ZENT_SOLVE_ONLY, ZENT_RETURN_USER,
+                                       x.data(), 0),
+            x.data());
+  EXPECT_LT(backward_error(m, b, x.data(), false), 100);
+}
+
 // The checks of the factorization of a general band, which the public solver makes unreachable.
 TEST(BandFactor, ChecksItsSizes) {
   be_quiet();

@@ -101,6 +101,28 @@ TYPED_TEST(Fast, ProductLargerThanItsBuffers) {
   });
 }
 
+// The ways into a product: read in place up to a side, packed beyond it, in two slices of the depth, with every kind of tile at
+// the lower end of a strip, and the factors that have stores of their own.
+TYPED_TEST(Fast, ProductByEveryTile) {
+  using T = TypeParam;
+  at_every_level([] {
+    const T one = from_real<T>(1), some = random_value<T>();
+    const T factors[][2] = {{one, T{}}, {some, T{}}, {one, one}, {some, one}, {some, some}};
+    long turn = 0;
+    const auto check = [&](long m, long n, long k) {
+      const T* by = factors[turn++ % 5];
+      check_gemm<T>('N', turn % 2 == 0 ? 'N' : 'C', m, n, k, by[0], by[1]);
+    };
+    for (long side : {60L, 61L, 120L, 121L}) {
+      check(side, 9, 40);
+      check(11, side, 3);
+      check(5, 15, side);
+    }
+    for (long m = 1; m < 50; m += 3) check(m, 8 + m % 8, 30 + m % 4);
+    for (long tail : {0L, 1L, 4L, 7L, 8L, 12L, 16L, 23L, 32L}) check(120 + tail, 21, 700);
+  });
+}
+
 // Under a factor of 0 the operands may be anything, even null.
 TYPED_TEST(Fast, FactorsOfZeroReadNothing) {
   using T = TypeParam;

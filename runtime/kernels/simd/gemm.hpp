@@ -17,7 +17,7 @@ constexpr long tile_width = tile_columns / parts<T>;
 
 // Blocks, in elements: a strip of B of block_depth rows lives in the first cache, a block of A in the second, the panel of B in
 // the third.
-constexpr long block_depth = 256;
+constexpr long block_depth = 384;
 template <class T>
 constexpr long block_rows = (pack_a_bytes / 2 / block_depth / static_cast<long>(sizeof(T))) / tile_rows<T>* tile_rows<T>;
 template <class T>
@@ -29,6 +29,10 @@ struct Product {
   long depth, lda, row_b, column_b, ldc;
   T alpha, beta;
   bool conjugate_b;
+  // With packed B: the tiles of one strip of it fetch the next strip, from `ahead` on, ahead_step bytes in each step of the
+  // depth.
+  const char* ahead;
+  long ahead_step;
 };
 
 template <class T>
@@ -63,6 +67,7 @@ ZENT_INLINE Vector<RealOf<T>> finished(const Vector<RealOf<T>>* sums, int i, int
 template <class T, int vectors, int width, class Last>
 ZENT_INLINE void write_tile(const Product<T>& p, const Vector<RealOf<T>>* sums, T* c, long columns, Last last) {
   using Real = RealOf<T>;
+  const long ldc = p.ldc;
   const Factor<T> alpha(p.alpha);
   const Vector<Real> signs = is_complex<T> && p.conjugate_b ? broadcast<Real>(-Real(0)) : Vector<Real>{};
   const auto each = [&](auto put) ZENT_FLAT {
@@ -70,7 +75,7 @@ ZENT_INLINE void write_tile(const Product<T>& p, const Vector<RealOf<T>>* sums, 
       if (j >= columns) return;
       unroll<vectors>([&](auto i) ZENT_FLAT {
         const Vector<Real> value = finished<T, vectors>(sums, i, j, signs);
-        Real* to = reals(c + j * p.ldc) + i * lanes<Real>;
+        Real* to = reals(c + j * ldc) + i * lanes<Real>;
         if constexpr (i == vectors - 1) {
           put(last, to, value);
         } else {
@@ -81,6 +86,8 @@ ZENT_INLINE void write_tile(const Product<T>& p, const Vector<RealOf<T>>* sums, 
   };
   if (is_one(p.beta)) {
     each([&](auto piece, Real* to, Vector<Real> value) ZENT_FLAT { piece.store(to, alpha.add(value, piece.load(to))); });
+  } else if (is_zero(p.beta) && is_one(p.alpha)) {
+    each([&](auto piece, Real* to, Vector<Real> value) ZENT_FLAT { piece.store(to, value); });
   } else if (is_zero(p.beta)) {
     each([&](auto piece, Real* to, Vector<Real> value) ZENT_FLAT { piece.store(to, alpha.times(value)); });
   } else {
@@ -92,24 +99,34 @@ ZENT_INLINE void write_tile(const Product<T>& p, const Vector<RealOf<T>>* sums, 
 
 // One tile of C: `vectors` vectors high, the last of them with `tail` reals when `partial`; `width` real columns wide, of which
 // the first `columns` elements are stored.
-template <class T, int vectors, int width, bool partial>
+template <class T, int vectors, int width, bool packed_b, bool partial>
 void tile(const Product<T>& p, const T* a_start, const T* b_start, T* c, long columns, long tail) {
   using Real = RealOf<T>;
   constexpr int step = lanes<Real>;
+  constexpr int lines = (vectors * ZENT_VECTOR_BYTES + 63) / 64, line = 64 / static_cast<int>(sizeof(Real));
+  // Packed blocks come from the outer caches, in time when they are asked for: A so many steps ahead, B a strip, C a tile.
+  constexpr bool fetches = packed_b && !partial && vectors == tile_vectors;
+  constexpr long steps_ahead = 16;
   const auto last = piece_of<partial, Real>(tail);
   const Real* a = reals(a_start);
   const Real* b = reals(b_start);
-  const long next_a = p.lda * parts<T>, next_b = p.row_b * parts<T>, column_b = p.column_b * parts<T>;
-  // C is far away when its turn comes: ask for it now.
-  if constexpr (!partial) {
+  const long next_a = p.lda * parts<T>;
+  const long next_b = packed_b ? width : p.row_b * parts<T>, column_b = packed_b ? parts<T> : p.column_b * parts<T>;
+  [[maybe_unused]] const char* ahead = p.ahead;
+  [[maybe_unused]] const long ahead_step = p.ahead_step;
+  if constexpr (fetches) {
     unroll<width / parts<T>>([&](auto j) ZENT_FLAT {
       if (j >= columns) return;
-      unroll<(vectors * ZENT_VECTOR_BYTES + 63) / 64>(
-          [&](auto i) ZENT_FLAT { __builtin_prefetch(reals(c + j * p.ldc) + i * 64 / sizeof(Real), 1); });
+      unroll<lines>([&](auto i) ZENT_FLAT { __builtin_prefetch(reals(c + j * p.ldc) + i * line, 1); });
     });
   }
   Vector<Real> sums[vectors * width] = {};
   for (long l = p.depth; l > 0; --l) {
+    if constexpr (fetches) {
+      unroll<lines>([&](auto i) ZENT_FLAT { __builtin_prefetch(a + steps_ahead * next_a + i * line); });
+      __builtin_prefetch(ahead);
+      ahead += ahead_step;
+    }
     Vector<Real> x[vectors];
     unroll<vectors>([&](auto i) ZENT_FLAT {
       if constexpr (i == vectors - 1) {
@@ -185,31 +202,36 @@ template <class T>
 using TileFunction = void (*)(const Product<T>&, const T*, const T*, T*, long, long);
 template <class T>
 struct Tiles {
-  TileFunction<T> full;
+  TileFunction<T> whole[tile_vectors];
   TileFunction<T> part[tile_vectors];
   TileFunction<T> half = nullptr;
 };
-template <class T, int width>
-constexpr Tiles<T> tiles_of_width() {
-#if ZENT_VECTOR_BYTES == 64
+template <class T, int width, bool packed_b, int... above>
+constexpr Tiles<T> tiles_over(Sequence<above...>) {
   return {
-      tile<T, 3, width, false>, {tile<T, 1, width, true>, tile<T, 2, width, true>, tile<T, 3, width, true>}, half_tile<T, width>};
+    {tile<T, above + 1, width, packed_b, false>...}, {tile<T, above + 1, width, packed_b, true>...},
+#if ZENT_VECTOR_BYTES == 64
+        half_tile<T, width>
 #endif
-  if constexpr (tile_vectors == 3) {
-    return {tile<T, 3, width, false>, {tile<T, 1, width, true>, tile<T, 2, width, true>, tile<T, 3, width, true>}};
-  } else {
-    return {tile<T, 2, width, false>, {tile<T, 1, width, true>, tile<T, 2, width, true>}};
-  }
+  };
+}
+template <class T, int width, bool packed_b>
+constexpr Tiles<T> tiles_of_width() {
+  return tiles_over<T, width, packed_b>(typename MakeSequence<tile_vectors>::type{});
 }
 
 // All tiles of a strip of C, `rows` high.
 template <class T>
-ZENT_INLINE void run_tiles(const Tiles<T>& tiles, const Product<T>& p, long rows, const T* a, long strip_a, const T* b, T* c,
+ZENT_INLINE void run_tiles(const Tiles<T>& tiles, Product<T>& p, long rows, const T* a, long strip_a, const T* b, T* c,
                            long columns) {
   constexpr long height = tile_rows<T>;
-  for (; rows >= height; rows -= height, a += strip_a, c += height) tiles.full(p, a, b, c, columns, 0);
+  for (; rows >= height; rows -= height, a += strip_a, c += height) {
+    tiles.whole[tile_vectors - 1](p, a, b, c, columns, 0);
+    p.ahead += p.ahead_step * p.depth;
+  }
   if (rows == 0) return;
   constexpr long vector = lanes<RealOf<T>> / parts<T>, worth_two_tiles = 32;
+  if (rows % vector == 0) return tiles.whole[rows / vector - 1](p, a, b, c, columns, 0);
   const long vectors = (rows + vector - 1) / vector, above = (vectors - 1) * vector, tail = rows - above;
   if (tiles.half == nullptr || tail > vector / 2 || (above > 0 && p.depth < worth_two_tiles)) {
     return tiles.part[vectors - 1](p, a, b, c, columns, tail * parts<T>);
@@ -240,37 +262,48 @@ void pack(bool across, bool conjugate, long rows, long depth, const T* source, l
   }
 }
 
-// One block of the product: `rows` by `columns` of C over p.depth. Without packed_b, B is read in place.
+// A block of the product, `rows` by `columns` of C over p.depth, with B packed.
 template <class T>
-void multiply_block(const Product<T>& p, long rows, long columns, const T* a, long strip_a, const T* b, bool packed_b, T* c) {
-  static constexpr Tiles<T> wide = tiles_of_width<T, tile_columns>();
-  static constexpr Tiles<T> four = tiles_of_width<T, 4>();
-  static constexpr Tiles<T> two = tiles_of_width<T, 2>();
-  constexpr long width = tile_width<T>;
-  long j = 0;
-  if (packed_b) {
-    for (; j < columns; j += width) {
-      run_tiles(wide, p, rows, a, strip_a, b + j * p.depth, c + j * p.ldc, smaller(width, columns - j));
-    }
-    return;
+void multiply_packed(Product<T>& p, long rows, long columns, const T* a, long strip_a, const T* b, T* c) {
+  static constexpr Tiles<T> wide = tiles_of_width<T, tile_columns, true>();
+  constexpr long width = tile_width<T>, step_bytes = width * static_cast<long>(sizeof(T));
+  p.ahead_step = (step_bytes * tile_rows<T> + rows - 1) / rows;
+  for (long j = 0; j < columns; j += width, b += width * p.depth) {
+    p.ahead = reinterpret_cast<const char*>(b + width * p.depth);
+    run_tiles(wide, p, rows, a, strip_a, b, c + j * p.ldc, smaller(width, columns - j));
   }
+}
+
+// The same with B read in place.
+template <class T>
+void multiply_in_place(Product<T>& p, long rows, long columns, const T* a, long strip_a, const T* b, T* c) {
   const auto strips = [&](const Tiles<T>& tiles, long step) ZENT_FLAT {
-    for (; columns - j >= step; j += step) run_tiles(tiles, p, rows, a, strip_a, b + j * p.column_b, c + j * p.ldc, step);
+    for (; columns >= step; columns -= step, b += step * p.column_b, c += step * p.ldc) {
+      run_tiles(tiles, p, rows, a, strip_a, b, c, step);
+    }
   };
-  strips(wide, width);
-  if constexpr (tile_columns > 4) strips(four, 4 / parts<T>);
+  static constexpr Tiles<T> wide = tiles_of_width<T, tile_columns, false>();
+  strips(wide, tile_width<T>);
+  if constexpr (tile_columns > 4) {
+    static constexpr Tiles<T> four = tiles_of_width<T, 4, false>();
+    strips(four, 4 / parts<T>);
+  }
+  static constexpr Tiles<T> two = tiles_of_width<T, 2, false>();
   strips(two, 2 / parts<T>);
   if constexpr (!is_complex<T>) {
-    static constexpr Tiles<T> one = tiles_of_width<T, 1>();
+    static constexpr Tiles<T> one = tiles_of_width<T, 1, false>();
     strips(one, 1);
   }
 }
 
-// Below this number of multiplications packing costs more than it saves.
+// Below direct_limit real multiplications packing costs more than it saves. No product with sides up to direct_side gets there.
 constexpr double direct_limit = 120.0 * 120.0 * 120.0;
+template <class T>
+constexpr long direct_side = 120 / parts<T>;
 
 template <class T>
-void gemm(Op op_a, Op op_b, long m, long n, long k, T alpha, const T* a, long lda, const T* b, long ldb, T beta, T* c, long ldc) {
+__attribute__((noinline)) void gemm_in_blocks(Op op_a, Op op_b, long m, long n, long k, T alpha, const T* a, long lda, const T* b,
+                                              long ldb, T beta, T* c, long ldc) {
   constexpr long height = tile_rows<T>;
   const double work = static_cast<double>(m) * static_cast<double>(n) * static_cast<double>(k) * parts<T> * parts<T>;
   const bool direct = work <= direct_limit;
@@ -281,13 +314,13 @@ void gemm(Op op_a, Op op_b, long m, long n, long k, T alpha, const T* a, long ld
   // Slices of equal depth; the common case goes without a division.
   const long slices = (k + block_depth - 1) / block_depth;
   const long full_depth = slices <= 1 ? k : (k + slices - 1) / slices;
-  Product<T> p = {0, packed_a ? height : lda, 0, 0, ldc, alpha, beta, op_b == Op::conjugate};
+  Product<T> p{};
+  p.lda = packed_a ? height : lda;
   p.row_b = packed_b ? tile_width<T> : op_b == Op::none ? 1 : ldb;
   p.column_b = packed_b ? 1 : op_b == Op::none ? ldb : 1;
-  if (direct && !packed_a && slices == 1) {
-    p.depth = k;
-    return multiply_block(p, m, n, a, height, b, false, c);
-  }
+  p.ldc = ldc;
+  p.alpha = alpha;
+  p.conjugate_b = op_b == Op::conjugate;
   for (long j = 0; j < n; j += block_width<T>) {
     const long width = smaller(block_width<T>, n - j);
     p.beta = beta;
@@ -305,15 +338,23 @@ void gemm(Op op_a, Op op_b, long m, long n, long k, T alpha, const T* a, long ld
           pack(op_a != Op::none, op_a == Op::conjugate, rows, p.depth, left, lda, height, store_a);
           left = store_a;
         }
-        multiply_block(p, rows, width, left, packed_a ? height * p.depth : height, right, packed_b, c + i + j * ldc);
+        const auto multiply = packed_b ? multiply_packed<T> : multiply_in_place<T>;
+        multiply(p, rows, width, left, packed_a ? height * p.depth : height, right, c + i + j * ldc);
       }
-      if constexpr (is_complex<T>) {
-        p.beta = T{1, 0};
-      } else {
-        p.beta = 1;
-      }
+      p.beta = kernel::from_real<T>(1);
     }
   }
+}
+
+template <class T>
+void gemm(Op op_a, Op op_b, long m, long n, long k, T alpha, const T* a, long lda, const T* b, long ldb, T beta, T* c, long ldc) {
+  constexpr long side = direct_side<T>;
+  if (op_a != Op::none || m > side || n > side || k > side) {
+    return gemm_in_blocks(op_a, op_b, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
+  }
+  const bool across = op_b != Op::none;
+  Product<T> p = {k, lda, across ? ldb : 1, across ? 1 : ldb, ldc, alpha, beta, op_b == Op::conjugate, nullptr, 0};
+  multiply_in_place(p, m, n, a, tile_rows<T>, b, c);
 }
 
 }  // namespace zent::fast::ZENT_LEVEL

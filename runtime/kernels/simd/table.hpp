@@ -25,7 +25,7 @@ constexpr long padding = 16;
 
 // Buffers of the products, one set for the process as the library runs in one thread. They stay untouched, and so unmapped, until
 // a product is large enough to be packed.
-constexpr long pack_a_bytes = 1L << 20, pack_b_bytes = 4L << 20;
+constexpr long pack_a_bytes = 1L << 20, pack_b_bytes = 6L << 20;
 alignas(64) extern unsigned char pack_a[pack_a_bytes];
 alignas(64) extern unsigned char pack_b[pack_b_bytes];
 
