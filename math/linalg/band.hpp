@@ -160,19 +160,27 @@ bool obtain_estimate_work(long n, T*& x, bool*& signs, T*& reciprocals) {
   return false;
 }
 
+// The size of the estimate's vectors: for a matrix of large elements a power of 2 near its norm, lest the inverse's underflow,
+// but with room above for the sums of a solution.
+template <class Real>
+Real estimate_unit(Real norm) {
+  constexpr Real bound = Machine<Real>::largest / static_cast<Real>(1L << 32);
+  if (!(norm > 1 && norm <= Machine<Real>::largest)) return 1;
+  return std::ldexp(Real{1}, std::ilogb(norm < bound ? norm : bound));
+}
+
 // The 1-norm of the inverse by Hager's method in Higham's form, in exactly five passes; the estimate of the last one counts. The
 // vector of a pass is fixed by the index that the pass before chose, so a repeated index closes a cycle: what the fifth pass
-// would give is then known without running it. The solutions turn x into what they give, and signs is work. With a
-// matrix of large elements the vectors are scaled by a power of 2 near its norm, lest the inverse's underflow.
+// would give is then known without running it. The solutions turn x into what they give, and signs is work.
 // A Hermitian matrix has room for n in `image`, null else: the first solution is also that for signs which are all 1, so that it
-// remains to solve for the differences from 1. These are few where the inverse decays, and often none.
+// remains to solve for the differences from 1. These are few where the inverse decays, and often none. Only the place of the
+// largest component matters, so all of it is halved: the solution for a difference of 2 might overflow.
 template <class T, class Solve, class SolveTransposed>
 RealOf<T> estimate_inverse_norm(long n, T* x, bool* signs, T* image, RealOf<T> norm, Solve solve,
                                 SolveTransposed solve_transposed) {
   using Real = RealOf<T>;
   constexpr int passes = 5;
-  const bool scales = norm > 1 && norm <= Machine<Real>::largest;
-  const Real unit = scales ? std::ldexp(Real{1}, std::ilogb(norm)) : Real{1};
+  const Real unit = estimate_unit(norm);
   Real estimate[passes] = {};
   long chosen[passes] = {};
   for (long i = 0; i < n; ++i) x[i] = kernel::from_real<T>(unit / static_cast<Real>(n));
@@ -181,11 +189,12 @@ RealOf<T> estimate_inverse_norm(long n, T* x, bool* signs, T* image, RealOf<T> n
     for (long i = 0; i < n; ++i) estimate[pass] += magnitude(x[i]);
     if (pass == 0 && !std::isfinite(static_cast<Real>(n) * estimate[0])) image = nullptr;
     if (pass == 0 && image != nullptr) {
-      for (long i = 0; i < n; ++i) image[i] = static_cast<Real>(n) * x[i];
+      for (long i = 0; i < n; ++i) image[i] = static_cast<Real>(n) / 2 * x[i];
     }
     estimate[pass] /= unit;
     if (pass == passes - 1) return estimate[pass];
     const T known = kernel::from_real<T>(image != nullptr ? 1 : 0);
+    const Real size = image != nullptr ? unit / 2 : unit;
     long changed = 0, negative = 0;  // the same signs lead to the same index
     for (long i = 0; i < n; ++i) {
       const T sign = direction(x[i]);
@@ -193,7 +202,7 @@ RealOf<T> estimate_inverse_norm(long n, T* x, bool* signs, T* image, RealOf<T> n
       changed += positive != signs[i];
       negative += !positive;
       signs[i] = positive;
-      x[i] = unit * (sign - known);
+      x[i] = size * (sign - known);
     }
     if (kernel::ComplexRecord<T>) changed += negative;  // signs off the real line are not kept
     if (pass > 0 && changed == 0) return estimate[pass];

@@ -193,6 +193,40 @@ TEST(PosdefBandCondition, IsHighamsEstimateOfTheFifthPass) {
   }
 }
 
+// Powers of 4 go through all of the arithmetic, also where the norm or the inverse comes near the largest number.
+TYPED_TEST(PosdefBand, EstimateHoldsAtTheEndsOfTheRange) {
+  using T = TypeParam;
+  using Real = typename Form<T>::Real;
+  engine.seed(77);
+  const long n = 5, k = 3;
+  for (int trial = 0; trial < 3000; ++trial) {
+    std::vector<T> a((k + 1) * n), x = random_vector<T>(n), scaled(a.size());
+    double norm = 0;
+    for (long r = 0; r <= k; ++r) {
+      for (long j = k - r; j < n; ++j) a[r * n + j] = element<T>(r == k ? 1.9 : std::abs(value(random_element<T>())));
+    }
+    const auto condition = [&](int exponent) {
+      Real cond = -1;
+      for (std::size_t i = 0; i < a.size(); ++i) scaled[i] = element<T>(std::ldexp(1.0, exponent) * value(a[i]));
+      EXPECT_NE(Form<T>::posdef(n, scaled.data(), k, x.data(), ZENT_CONDITION, &cond, ZENT_RETURN_USER, x.data(), 0), nullptr);
+      x = random_vector<T>(n);
+      return static_cast<double>(cond);
+    };
+    Real plain = -1;
+    if (Form<T>::posdef(n, a.data(), k, x.data(), ZENT_CONDITION, &plain, ZENT_RETURN_USER, x.data(), 0) == nullptr) continue;
+    for (long j = 0; j < n; ++j) {
+      double sum = 0;
+      for (long i = 0; i < n; ++i)
+        sum += std::abs(i - j) > k ? 0 : std::abs(value(a[(k - std::abs(i - j)) * n + std::max(i, j)]));
+      norm = std::max(norm, sum);
+    }
+    const int top = std::numeric_limits<Real>::max_exponent - 1;
+    EXPECT_NEAR(condition((top - std::ilogb(norm)) / 2 * 2) / static_cast<double>(plain), 1, 1e-3);
+    if (plain < 30) continue;
+    EXPECT_NEAR(condition((std::ilogb(static_cast<double>(plain) / norm) - top) / 2 * 2) / static_cast<double>(plain), 1, 1e-3);
+  }
+}
+
 // The inverse is within the range of the numbers, the sum of its elements beyond.
 TEST(PosdefBandCondition, MayOverflow) {
   be_quiet();
