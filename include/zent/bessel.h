@@ -103,7 +103,7 @@ ZENT_API double zent_d_elliptic_integral_RJ(double x, double y, double z, double
 /* Sequences of Bessel functions of a complex argument z, of the n real orders xnu, xnu + 1, ..., xnu + n - 1: I, J, K, Y on their
  * principal branches, cut along the negative axis (the sign of a zero imaginary part tells the side). The ..._adr forms take xnu
  * and z by address. K by Temme's series (1975) and Steed's continued fraction or Hankel's expansion, then forward recurrence; I from
- * its backward recurrence and the Wronskian with K; J and Y by rotation.
+ * its backward recurrence and the Wronskian with K; J and Y by rotation, or for a positive argument in real arithmetic.
  *   xnu     -1/2 < xnu, and xnu + n - 1 at most 1e7
  *   z       |z| at most 1/eps, where its spacing reaches 1
  *   n       at least 1; the I and K forms do nothing for less and return null, or the caller's storage

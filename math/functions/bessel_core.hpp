@@ -13,12 +13,16 @@ namespace zent::functions {
 template <class Real>
 inline constexpr Real hankel_modulus = static_cast<Real>(std::numeric_limits<Real>::digits * 0.3466 + 1.6);
 
-// Neighbouring orders of K exp(z), or of Y, with a common exponent.
+// Exponents of z this far below 0 stay apart from the numbers that a recurrence steps through.
+inline constexpr long far_from_one = 30;
+
+// Neighbouring orders of K exp(z), or of Y, k0 2^(exponent - lift) and k1 2^exponent. They part by as much as 1/z, which near z =
+// 0 can be more than one exponent holds: the lift is half of it.
 template <class T>
 struct KPair {
   using Real = kernel::RealOf<T>;
   T k0, k1;
-  long exponent;
+  long exponent, lift = 0;
 
   void rescale() {
     const Real size = larger_part<Real>(k1);
@@ -29,6 +33,14 @@ struct KPair {
     exponent += k;
   }
 };
+
+// The pair near z = 0.
+template <class T>
+KPair<T> pair_near_zero(Scaled<T> k0, Scaled<T> k1, Scaled<T> z) {
+  const long lift = z.exponent < -far_from_one ? -z.exponent / 2 : 0;
+  const int shift = static_cast<int>(std::max(k0.exponent - k1.exponent + lift, -20000L));
+  return {Exponents<kernel::RealOf<T>>::shift(k0.value, shift), k1.value, k1.exponent, lift};
+}
 
 // sinh, cosh and the exponentials of both signs: none is the difference of two others.
 template <class Real>
@@ -74,7 +86,12 @@ KPair<Complex<Real>> l_temme(Real mu, Complex<Real> z) {
   using C = Complex<Real>;
   const Real pi = static_cast<Real>(3.14159265358979323846), square = mu * mu;
   const auto [even, odd] = gamma_parts(mu);
-  const C log_inverse = -logarithm<Real>({z.re / 2, z.im / 2}), sigma = mu * log_inverse;
+  const Scaled<C> unit = scaled(z);
+  const bool tiny = unit.exponent < 60 - Exponents<Real>::bias;  // then the half of z would lose digits
+  const C log_unit = logarithm<Real>(tiny ? unit.value : C{z.re / 2, z.im / 2});
+  const Real log_2 = static_cast<Real>(0.693147180559945309417);
+  const C log_inverse = {(tiny ? static_cast<Real>(1 - unit.exponent) * log_2 : 0) - log_unit.re, -log_unit.im};
+  const C sigma = mu * log_inverse;
   const Hyperbolic<Real> h(sigma);
   const C ratio = larger_part<Real>(sigma) > Machine<Real>::smallest ? h.sh / sigma : C{1, 0};
   const Real reflection = mu == 0 ? 1 : pi * mu / std::sin(pi * mu);
@@ -93,11 +110,8 @@ KPair<Complex<Real>> l_temme(Real mu, Complex<Real> z) {
     next += c * (p - r * f);
     if (kernel::abs1(term) < kernel::abs1(sum) * Machine<Real>::spacing / 4) break;
   }
-  const Scaled<C> k1 = scaled(Real(2) * next) * inverse(scaled(z));  // e^z comes last: |z| <= 2
-  const Scaled<C> ez = exponential<Real>(z, 1);
-  const Scaled<C> a = scaled(sum) * ez, b = k1 * ez;
-  const int shift = static_cast<int>(std::max(a.exponent - b.exponent, -20000L));
-  return {Exponents<Real>::shift(a.value, shift), b.value, b.exponent};
+  const Scaled<C> ez = exponential<Real>(z, 1);  // comes last: |z| <= 2.5
+  return pair_near_zero(scaled(sum) * ez, scaled(Real(2) * next) * inverse(unit) * ez, unit);
 }
 
 // The same further out, by Steed's evaluation of the second continued fraction and the sum that normalizes it.
@@ -255,7 +269,6 @@ Real product_less_one(Real a, Real b) {
 template <class T>
 struct Run {
   using Real = kernel::RealOf<T>;
-  static constexpr long far = 30;  // exponents of 1/z from here on are kept apart
 
   Scaled<T> growing, falling;  // factors of I and of K: exp(z), exp(-z)
   KPair<T> k;
@@ -270,7 +283,7 @@ struct Run {
     const Real unit = std::scalbn(Real(1), static_cast<int>(inverse_z.exponent + s.exponent));
     factor_low = -(inverse_z.value * product_less_one<Real>(unit * inverse_z.value, s.value));
     factor = inverse_z.value;
-    if (inverse_z.exponent < far) {
+    if (k.lift == 0) {
       const int shift = static_cast<int>(std::max(inverse_z.exponent, -20000L));
       factor = Exponents<Real>::shift(factor, shift);
       factor_low = Exponents<Real>::shift(factor_low, shift);
@@ -284,25 +297,28 @@ struct Run {
   // From the orders nu - 1, nu to nu, nu + 1.
   void step(Real nu) {
     const T next = (2 * nu) * (factor * k.k1 + factor_low * k.k1);
-    const long e = inverse_z.exponent;
-    if (e >= far) {
-      const int shift = static_cast<int>(std::max(-e, -20000L));
-      k.k1 = Exponents<Real>::shift(k.k1, shift);
-      k.k0 = Exponents<Real>::shift(k.k0, shift);
+    if (k.lift == 0) {
+      const T sum = next + signed_by(k.k0);
+      k.k0 = k.k1;
+      k.k1 = sum;
+    } else {
+      const int e = static_cast<int>(inverse_z.exponent), lift = static_cast<int>(k.lift);
+      const T sum = next + signed_by(Exponents<Real>::shift(k.k0, -e - lift));
+      k.k0 = Exponents<Real>::shift(k.k1, lift - e);
+      k.k1 = sum;
       k.exponent += e;
     }
-    const T sum = next + signed_by(k.k0);
-    k.k0 = k.k1;
-    k.k1 = sum;
     k.rescale();
   }
 
   Scaled<T> value_k() const {
-    return scaled(k.k0, k.exponent) * falling;
+    return scaled(k.k0, k.exponent - k.lift) * falling;
   }
   // From the Wronskian: I (K of the next order + ratio K) = 1/z.
   Scaled<T> value_i(T ratio) const {
-    return inverse_z * inverse(scaled(k.k1 + signed_by(ratio * k.k0), k.exponent)) * growing;
+    T product = ratio * k.k0;
+    if (k.lift != 0) product = Exponents<Real>::shift(product, static_cast<int>(-k.lift));
+    return inverse_z * inverse(scaled(k.k1 + signed_by(product), k.exponent)) * growing;
   }
 
  private:

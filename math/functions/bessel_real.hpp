@@ -1,5 +1,5 @@
 // The Bessel functions of positive argument, for a run of orders: the formulas of bessel_core.hpp in real arithmetic, with sums
-// and recurrences whose steps need no division.
+// and recurrences no step of which waits for a division.
 #pragma once
 
 #include <cmath>
@@ -23,7 +23,10 @@ KPair<Real> l_near_pair(Real mu, Real x, Real square) {
   const Real pi = static_cast<Real>(3.14159265358979323846), half = x / 2, quarter = square * half * half;
   const auto [even, odd] = gamma_parts(mu);
   const Real log_inverse = -log_of_half(x), sigma = mu * log_inverse, size = std::abs(sigma);
-  const Real more = std::expm1(size), large = 1 + more, small = 1 / large;  // exp(size) - 1, exp(size), exp(-size)
+  // exp(size), exp(size) - 1 and exp(-size); far from 1 by a power, for there the rounding of the exponent would show.
+  const bool apart = size > 1;
+  const Real grown = apart ? std::pow(x, -std::abs(mu)) * std::exp2(std::abs(mu)) : std::expm1(size);
+  const Real large = apart ? grown : 1 + grown, more = apart ? grown - 1 : grown, small = 1 / large;
   const Real ratio = size > Machine<Real>::smallest ? (more + more * small) / (2 * size) : 1;
   const Real reflection = mu == 0 ? 1 : pi * mu / std::sin(pi * mu);
   const Real sine = square < 0 ? std::sin(pi / 2 * mu) : 0, twist = mu == 0 ? 0 : 2 * sine * (sine / mu);
@@ -42,9 +45,8 @@ KPair<Real> l_near_pair(Real mu, Real x, Real square) {
     next += c * (p - r * g);
     if (std::abs(term) < std::abs(sum) * Machine<Real>::spacing / 4) break;
   }
-  const Scaled<Real> k0 = scaled(sum), k1 = scaled(2 * next) * inverse(scaled(x));
-  const int shift = static_cast<int>(std::max(k0.exponent - k1.exponent, -20000L));
-  return {Exponents<Real>::shift(k0.value, shift), k1.value, k1.exponent};
+  const Scaled<Real> z = scaled(x);
+  return pair_near_zero(scaled(sum), scaled(2 * next) * inverse(z), z);
 }
 
 // K of the orders mu and mu + 1, exp(z) sqrt(2 z / pi) times them.

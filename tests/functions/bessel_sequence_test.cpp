@@ -246,6 +246,37 @@ TYPED_TEST(Sequences, NumbersBesideZeros) {
   }
 }
 
+// Down to the smallest denormal number, where neighbouring orders of K part by more than the range of a number.
+TYPED_TEST(Sequences, TinyArguments) {
+  using Real = TypeParam;
+  using C = std::complex<Real>;
+  const long double pi = 3.14159265358979323846L, euler = 0.57721566490153286061L;
+  const Real denormal = std::numeric_limits<Real>::denorm_min(), smallest = std::numeric_limits<Real>::min();
+  for (Real x : {denormal, 3 * denormal, 100 * denormal, smallest / 3, smallest, std::sqrt(smallest), Real(1e-20)}) {
+    const long double size = x, log_half = std::log(size) - std::log(2.0L);
+    const auto expect = [&](int kind, double order, C z, std::complex<long double> expected) {
+      const auto values = TestFixture::run(kind, order, z, 1);
+      ASSERT_EQ(values.size(), 1U) << kind << " " << order << " " << z;
+      // a complex power is the exponential of a logarithm that is rounded
+      const double rounding = z.imag() == 0 ? 8 : 8 + std::abs(order * static_cast<double>(log_half));
+      EXPECT_LE(static_cast<double>(std::abs(std::complex<long double>(values[0]) - expected) / std::abs(expected)),
+                rounding * std::numeric_limits<Real>::epsilon())
+          << kind << " " << order << " " << z;
+    };
+    expect(K, 0, x, -log_half - euler);
+    expect(Y, 0, x, 2 / pi * (log_half + euler));
+    expect(K, 0.5, x, std::sqrt(pi / (2 * size)));
+    expect(Y, 0.5, x, -std::sqrt(2 / (pi * size)));
+    expect(J, 0.5, x, std::sqrt(2 * size / pi));
+    expect(I, 0, x, 1);
+    expect(K, 0.25, x, std::tgamma(0.25L) / 2 * std::exp(-log_half / 4) + std::tgamma(-0.25L) / 2 * std::exp(log_half / 4));
+    expect(K, 0, C(0, x), {-log_half - euler, -pi / 2});
+    expect(I, 0.5, C(0, x), std::polar(std::sqrt(2 * size / pi), pi / 4));
+    expect(K, 0.5, C(0, x), std::polar(std::sqrt(pi / (2 * size)), -pi / 4));
+    expect(J, 0, C(x, x), 1);
+  }
+}
+
 // Without storage of the caller the form by value arms no trap; with it a fault is still caught.
 TYPED_TEST(Sequences, StorageThatIsNotThere) {
   using Record = typename Form<TypeParam>::Record;
