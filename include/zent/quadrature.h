@@ -2,7 +2,8 @@
  *
  * Every integrator takes the function fcn, the range, what its weight needs, then options and 0. It returns the integral, or
  * not-a-number after an error of type 4 or 5, one raised by fcn included; after a warning (type 3) the best value found. It calls fcn
- * inside the range only, never at an end of it.
+ * inside the range only, never at an end of it, where rounding leaves that much room: limits more than some hundred of their rounding
+ * units apart, the bound of an infinite range below 1e13 (float: 2e4).
  *
  * Options of all integrators:
  *   ZENT_ERR_ABS, ZENT_ERR_REL    double: the error may be the larger of ERR_ABS and ERR_REL times the integral; default for both the

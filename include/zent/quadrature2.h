@@ -77,9 +77,9 @@ ZENT_API void zent_dg2rul(long n, int iweight, double alpha, double beta, long n
 /* A derivative of fcn at x: central differences at steps h, h/2, h/4, ..., extrapolated to step 0 (Richardson). Where fcn has no
  * value at a step, or a smaller one does better, the step is halved; where rounding errors hide the derivative it is enlarged.
  * Options: ZENT_ORDER (int, 1) 1, 2 or 3; ZENT_INITIAL_STEP (real; the greater of eps^(1/(order + 3)), so eps^(1/4) for order 1,
- * and sqrt(eps) |x|; one below 32 eps |x| counts as that) and ZENT_INITIAL_STEP_ADR; ZENT_RELATIVE_ERROR (real; eps^(1/4)) and
- * ZENT_RELATIVE_ERROR_ADR: the smallest error estimate is taken when it is below this part of the result, so a smaller limit
- * costs more calls, and 0 asks for the best that can be had; ZENT_FCN_W_DATA.
+ * and sqrt(eps) |x|; one below 32 eps |x| or the smallest normal number counts as that) and ZENT_INITIAL_STEP_ADR;
+ * ZENT_RELATIVE_ERROR (real; eps^(1/4)) and ZENT_RELATIVE_ERROR_ADR: the smallest error estimate is taken when it is below this
+ * part of the result, so a smaller limit costs more calls, and 0 asks for the best that can be had; ZENT_FCN_W_DATA.
  * The result is the best estimate found, whether or not it came below the limit; not-a-number when fcn had no finite values near
  * x.
  * Errors, type 5: 602 (order, 1, 3; "order"); 120 ("initial_step"; 0, largest, step) the step is not between them; 11061 (error;

@@ -128,7 +128,7 @@ Real l_deriv(const Request<Real>& q, Real x) {
   const Real usual = std::max(std::pow(eps, 1 / static_cast<Real>(q.order + 3)), std::sqrt(eps) * std::abs(x));
   const Real start = q.step_given ? q.step : usual;
   const Real least = 8 * eps * std::abs(x);  // shorter steps are lost beside x; a first estimate takes two
-  Real h = few_bits(std::max(start, 4 * least));
+  Real h = few_bits(std::max({start, 4 * least, Machine<Real>::smallest}));
   const Real smallest = x != 0 ? least : h * eps;
   Probe<Real> p = {q, x, 0, 0, 0, 0};
   if (q.order == 2) p.middle = p.at(x);

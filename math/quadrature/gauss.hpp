@@ -151,7 +151,7 @@ void l_fix(const Family& f, long n, long count, const Real* fixed, bool symmetri
   }
   const Real low = std::min(fixed[0], fixed[1]), high = std::max(fixed[0], fixed[1]);
   const Real at_low = l_last_pivot(f, n - 1, a, b, low), at_high = l_last_pivot(f, n - 1, a, b, high);
-  // a + b^2 / at = point at both; the pivots are positive at the low point and negative at the high one.
+  // a - b^2 / at = point at both; the pivots are positive at the low point and negative at the high one.
   const Real part = (high - low) / (at_low - at_high);
   a[n - 1] = symmetric ? 0 : low - part * at_high;
   b[n - 1] = std::sqrt(part * at_low) * std::sqrt(-at_high);
