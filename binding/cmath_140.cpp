@@ -86,11 +86,12 @@ long mathstat_140(int argc, ORV_VARIABLE** argv, char*) {
   const bool plane = arguments.present[columns];
   const bool trigonometric = selector == 1 || selector == 2;
   const long dims[2] = {arguments.integer(n_position), plane ? arguments.integer(columns) : 1};
+  const int type = is_complex(arguments.precision) ? arguments.precision : arguments.real_type();
   ORV_VARIABLE* temporary = nullptr;
   // A length that the library refuses gets a result of one element, which is never handed over.
   const long one = 1;
   const bool sound = dims[0] > 0 && dims[1] > 0;
-  void* data = ORV_MakeTempArray(arguments.precision, sound && plane ? 2 : 1, sound ? dims : &one, 0, &temporary);
+  void* data = ORV_MakeTempArray(type, sound && plane ? 2 : 1, sound ? dims : &one, 0, &temporary);
   if (data == nullptr) return 0;
   Words words;
   words.add(dims[0]);

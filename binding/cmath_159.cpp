@@ -33,7 +33,8 @@ long mathstat_159(int argc, ORV_VARIABLE** argv, char*) {
   if (failed != 0) return failed;
   Arguments arguments;
   if (!read_arguments(routine_159, argc, argv, arguments)) return 0;
-  const int type = arguments.precision == ORV_TYP_INT64 ? ORV_TYP_INT64 : arguments.real_type();
+  const int real_type = arguments.is_double() ? ORV_TYP_DOUBLE : ORV_TYP_FLOAT;
+  const int type = arguments.precision == ORV_TYP_INT64 ? ORV_TYP_INT64 : real_type;
   if (arguments.variable[result]->type != type) {
     refuse("MACHINE: argument RESULT must be an array of the type that PRECISION asks for");
     return 0;

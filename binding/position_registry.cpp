@@ -19,8 +19,9 @@ constexpr RegistryEntry entries[] = {
 };
 
 constexpr const char* kind_names[] = {"required", "optional", "output"};
-constexpr const char* type_names[] = {"integer", "integer", "real", "real or complex", "complex",
-                                      "integer", "string",  "byte", "structure",       "any"};
+constexpr const char* type_names[] = {"integer", "integer", "integer",   "real", "real or complex", "complex", "integer",
+                                      "string",  "byte",    "structure", "any"};
+static_assert(sizeof type_names / sizeof type_names[0] == static_cast<std::size_t>(Type::any) + 1, "one name for each type");
 constexpr const char* half_names[] = {"none", "math", "stat", "by its own table"};
 
 // Appends to a buffer that may be too small, and counts on.

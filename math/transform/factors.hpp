@@ -40,18 +40,21 @@ inline Factors real_factors(long n) {
 
 // Where things stand in a table made for length n. A table keeps at most this many factors; the transforms factor n afresh.
 inline constexpr int kept_factors = 13;
-inline constexpr long longest_table = 1L << 58;  // beyond, no memory could hold one: the length is then -1
+inline constexpr long longest_table = 1L << 58;  // beyond, no memory could hold one: the length is then -1, as below 0
+inline constexpr bool has_table(long n) {
+  return n >= 0 && n <= longest_table;
+}
 inline constexpr long complex_table_length(long n) {
-  return n > longest_table ? -1 : 4 * n + 15;
+  return has_table(n) ? 4 * n + 15 : -1;
 }
 inline constexpr long real_table_length(long n) {
-  return n > longest_table ? -1 : 2 * n + 15;
+  return has_table(n) ? 2 * n + 15 : -1;
 }
 inline constexpr long sine_table_length(long n) {
-  return n > longest_table ? -1 : (5 * n + 30) / 2;
+  return has_table(n) ? (5 * n + 30) / 2 : -1;
 }
 inline constexpr long cosine_table_length(long n) {
-  return n > longest_table ? -1 : 3 * n + 15;
+  return has_table(n) ? 3 * n + 15 : -1;
 }
 
 }  // namespace zent::transform

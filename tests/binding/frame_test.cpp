@@ -64,6 +64,8 @@ TEST(Table, PageNamesEveryRoutineAndMeasuresItself) {
   EXPECT_EQ(page.back(), '\0');
   for (const auto& row : position_registry())
     EXPECT_NE(page.find("## MATHSTAT_" + std::to_string(row.number)), std::string::npos);
+  EXPECT_NE(page.find("| 1 | `STATUS` | output | integer |  |"), std::string::npos);
+  EXPECT_NE(page.find("| 6 | `UNUSED` | optional | any |  | not looked at |"), std::string::npos);
   char small[8];
   std::memset(small, '#', sizeof small);
   EXPECT_EQ(cmast_routines_page(small, 4), length);

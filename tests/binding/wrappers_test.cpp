@@ -71,6 +71,8 @@ TEST(MachineConstants, FillWhatTheOutputHolds) {
   a[2] = Value::array(ORV_TYP_FLOAT, {2});
   ASSERT_EQ(error_of("MATHSTAT_159", a), "");
   EXPECT_EQ(a[2].as<float>()[1], 0x1.fffffep127F);
+  a[0] = precision(9);
+  EXPECT_EQ(error_of("MATHSTAT_159", a), "");  // what is neither double nor integer is single
   a[0] = precision(14);
   a[2] = Value::array(ORV_TYP_INT64, {13});
   ASSERT_EQ(error_of("MATHSTAT_159", a), "");
