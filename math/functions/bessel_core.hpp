@@ -89,8 +89,8 @@ KPair<Complex<Real>> l_temme(Real mu, Complex<Real> z) {
   const Scaled<C> unit = scaled(z);
   const bool tiny = unit.exponent < 60 - Exponents<Real>::bias;  // then the half of z would lose digits
   const C log_unit = logarithm<Real>(tiny ? unit.value : C{z.re / 2, z.im / 2});
-  const Real log_2 = static_cast<Real>(0.693147180559945309417);
-  const C log_inverse = {(tiny ? static_cast<Real>(1 - unit.exponent) * log_2 : 0) - log_unit.re, -log_unit.im};
+  const Real apart = static_cast<Real>(tiny ? 1 - unit.exponent : 0);
+  const C log_inverse = {apart * Log2<Real>::high + (apart * Log2<Real>::low - log_unit.re), -log_unit.im};
   const C sigma = mu * log_inverse;
   const Hyperbolic<Real> h(sigma);
   const C ratio = larger_part<Real>(sigma) > Machine<Real>::smallest ? h.sh / sigma : C{1, 0};

@@ -141,14 +141,19 @@ Complex<Real> logarithm(Complex<Real> z) {
   return {std::log(modulus<Real>(z)), std::atan2(z.im, z.re)};
 }
 
-// exp(x). The exponent's part of log 2 goes in two pieces, so that nothing is lost for great x.
+// log 2 in two pieces, so short a first one that its products with exponents are exact.
+template <class Real>
+struct Log2 {
+  static constexpr bool single = std::is_same_v<Real, float>;
+  static constexpr Real high = static_cast<Real>(single ? 0.693359375 : 0x1.62e42fee00000p-1);
+  static constexpr Real low = static_cast<Real>(single ? -2.12194440054690583e-4 : 1.90821492927058770002e-10);
+};
+
+// exp(x). Nothing is lost for great x.
 template <class Real>
 Scaled<Real> exponential(Real x) {
-  constexpr bool single = std::is_same_v<Real, float>;
-  constexpr Real high = static_cast<Real>(single ? 0.693359375 : 0x1.62e42fee00000p-1);
-  constexpr Real low = static_cast<Real>(single ? -2.12194440054690583e-4 : 1.90821492927058770002e-10);
   const Real k = std::nearbyint(x * static_cast<Real>(1.44269504088896340736));
-  return {std::exp((x - k * high) - k * low), static_cast<long>(k)};
+  return {std::exp((x - k * Log2<Real>::high) - k * Log2<Real>::low), static_cast<long>(k)};
 }
 // exp(sign z), sign = 1 or -1.
 template <class Real>

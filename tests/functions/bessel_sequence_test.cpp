@@ -277,6 +277,25 @@ TYPED_TEST(Sequences, TinyArguments) {
   }
 }
 
+// Near 0 the rounding of f log z, for a fraction f of the order, is all that complex arguments lose.
+TYPED_TEST(Sequences, TinyComplexArguments) {
+  using Real = TypeParam;
+  using Extended = std::complex<long double>;
+  const Real smallest = std::numeric_limits<Real>::min(), order = static_cast<Real>(0.3);
+  for (int k = 0; k < 300; ++k) {
+    const std::complex<Real> z = std::polar(std::ldexp(smallest, k % 30) * (1 + Real(k) / 300), Real(k % 19) / 6);
+    const Extended log_half = std::log(Extended(z)) - std::log(2.0L);
+    const Extended expected =
+        std::tgamma(static_cast<long double>(order)) / 2 * std::exp(-static_cast<long double>(order) * log_half);
+    const auto values = TestFixture::run(K, order, z, 1);
+    ASSERT_EQ(values.size(), 1U) << z;
+    const auto error = static_cast<Real>(std::abs(Extended(values[0]) - expected) / std::abs(expected));
+    EXPECT_LE(error,
+              (8 + Real(0.7) * order * static_cast<Real>(std::abs(log_half.real()))) * std::numeric_limits<Real>::epsilon())
+        << z;
+  }
+}
+
 // Without storage of the caller the form by value arms no trap; with it a fault is still caught.
 TYPED_TEST(Sequences, StorageThatIsNotThere) {
   using Record = typename Form<TypeParam>::Record;
