@@ -81,7 +81,7 @@ ZENT_API void zent_dg2rul(long n, int iweight, double alpha, double beta, long n
  * ZENT_RELATIVE_ERROR (real; eps^(1/4)) and ZENT_RELATIVE_ERROR_ADR: the smallest error estimate is taken when it is below this
  * part of the result, so a smaller limit costs more calls, and 0 asks for the best that can be had; ZENT_FCN_W_DATA.
  * The result is the best estimate found, whether or not it came below the limit; not-a-number when fcn had no finite values near
- * x.
+ * x, or when rounding errors of fcn divided by the step to the power of the order are beyond the largest number.
  * Errors, type 5: 602 (order, 1, 3; "order"); 120 ("initial_step"; 0, largest, step) the step is not between them; 11061 (error;
  * "relative_error") below 0. */
 ZENT_API float zent_f_fcn_derivative(float (*fcn)(float), float x, ...);

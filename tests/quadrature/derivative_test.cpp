@@ -92,6 +92,8 @@ TEST(Derivative, TakesStepsByValueAndByAddress) {
   }
   EXPECT_NEAR(zent_f_fcn_derivative([](float x) { return x * x; }, 100.0F, ZENT_INITIAL_STEP, 1e-4, 0), 200, 4);
   EXPECT_EQ(zent_d_fcn_derivative([](double x) { return 3 * x; }, 0.0, ZENT_INITIAL_STEP, 5e-324, 0), 3);  // its half is 0
+  EXPECT_TRUE(
+      std::isnan(zent_d_fcn_derivative([](double x) { return std::cos(x); }, 0.0, ZENT_ORDER, 2, ZENT_INITIAL_STEP, 1e-200, 0)));
   struct Data {
     double power;
   } data = {3};

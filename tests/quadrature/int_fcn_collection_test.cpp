@@ -148,6 +148,7 @@ const std::vector<Case> easy = {
     {"left power", alg_log(0, 1, ZENT_ALG, -0.5, 0), [](double x) { return std::exp(x); }, 2.92530349181436},
     {"beta", alg_log(0, 1, ZENT_ALG, -0.9, -0.9), [](double) { return 1.0; },
      std::tgamma(0.1) * std::tgamma(0.1) / std::tgamma(0.2)},
+    {"largest power", alg_log(0, 1, ZENT_ALG, 0.5, 1000), [](double) { return 1.0; }, 2.79724934559e-5},
     {"left log", alg_log(0, 1, ZENT_ALG_LEFT_LOG, 0, 0), [](double x) { return std::cos(x); }, -0.946083070367183},
     {"right log", alg_log(0, 1, ZENT_ALG_RIGHT_LOG, 0, 0), [](double x) { return x; }, -0.75},
     {"both logs", alg_log(0, 1, ZENT_ALG_LOG, 0, 0), [](double) { return 1.0; }, 2 - pi* pi / 6},
