@@ -3,8 +3,8 @@
  * Every integrator takes the function fcn, the range, what its weight needs, then options and 0. It returns the integral, or
  * not-a-number after an error of type 4 or 5, one raised by fcn included; after a warning (type 3) the best value found. It calls fcn
  * inside the range only, never at an end of it, where rounding leaves that much room: limits more than some hundred of their rounding
- * units apart (for rules of 41 points and more some ten thousand), the bound of an infinite range below 1e13 (float: 2e4), but below 1
- * where fcn is singular or steep at it.
+ * units apart (for rules of 31 points a thousand, of more points some ten thousand), the bound of an infinite range below 1e13
+ * (float: 2e4), but below 1 where fcn is singular or steep at it.
  *
  * Options of all integrators:
  *   ZENT_ERR_ABS, ZENT_ERR_REL    double: the error may be the larger of ERR_ABS and ERR_REL times the integral; default for both the
@@ -73,7 +73,8 @@ ZENT_API float zent_f_int_fcn_sing_pts(float (*fcn)(float), float a, float b, lo
 ZENT_API double zent_d_int_fcn_sing_pts(double (*fcn)(double), double a, double b, long npoints, double *points, ...);
 
 /* fcn(x) w(x) from a to b above a, with w(x) = (x - a)^alpha (b - x)^beta times what `weight` says: ZENT_ALG and its kin. The moments
- * of the powers overflow for exponents above 1000 (float: 120): the result is then not-a-number, with 4009.
+ * of the powers overflow for exponents above 1000 (float: 120), and for two great ones earlier where b - a is above 1: the result is
+ * then not-a-number, with 4007 or 4009.
  *   raises also 4020 the weight, 4021 and 4022 alpha or beta not above -1, 4023 a not below b (type 5) */
 ZENT_API float zent_f_int_fcn_alg_log(float (*fcn)(float), float a, float b, long weight, float alpha, float beta, ...);
 ZENT_API double zent_d_int_fcn_alg_log(double (*fcn)(double), double a, double b, long weight, double alpha, double beta, ...);
