@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "math/linalg/band_isa.hpp"
+#include "math/optional_argument.hpp"
 #include "runtime/envelope.hpp"
 #include "runtime/kernels/fast.hpp"
 #include "runtime/options.hpp"
@@ -52,10 +53,6 @@ struct BandOptions {
   RealOf<T>* condition = nullptr;
 };
 
-inline void null_value(const void* value, const char* argument, const char* option) {
-  if (value == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {argument, option}});
-}
-
 // False for another code.
 template <class T>
 bool read_band_option(int code, Options& list, BandOptions<T>& options) {
@@ -68,11 +65,11 @@ bool read_band_option(int code, Options& list, BandOptions<T>& options) {
       return true;
     case ZENT_RETURN_USER:
       options.x = list.pointer<T>();
-      null_value(options.x, "x", "ZENT_RETURN_USER");
+      not_null(options.x, "x", "ZENT_RETURN_USER");
       return true;
     case ZENT_CONDITION:
       options.condition = list.pointer<RealOf<T>>();
-      null_value(options.condition, "cond", "ZENT_CONDITION");
+      not_null(options.condition, "cond", "ZENT_CONDITION");
       return true;
     default:
       return false;

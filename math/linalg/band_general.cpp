@@ -36,7 +36,7 @@ GeneralOptions<T> read_options(Options& list) {
         options.factor_user = true;
         options.give_pivots = nullptr;
         options.give_factor = nullptr;
-        null_value(options.pivots, "ipvt", "ZENT_FACTOR");
+        not_null(options.pivots, "ipvt", "ZENT_FACTOR");
         if (options.factor == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_2, {.l = {"factor", "ZENT_FACTOR"}});
         break;
       case ZENT_BLOCKING_FACTOR:

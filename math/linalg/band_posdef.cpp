@@ -20,7 +20,7 @@ BandOptions<T> read_options(Options& list) {
       options.factor = list.pointer<T>();
       options.factor_user = true;
       options.give_factor = nullptr;
-      null_value(options.factor, "factor", "ZENT_FACTOR_USER");
+      not_null(options.factor, "factor", "ZENT_FACTOR_USER");
     } else if (!read_band_option(code, list, options) && !list.unknown<Math>(code)) {
       break;
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "math/linalg/dense.hpp"
+#include "math/optional_argument.hpp"
 #include "runtime/options.hpp"
 #include "zent.h"
 
@@ -51,10 +52,6 @@ struct DenseOptions {
   }
 };
 
-inline void null_value(const void* value, const char* argument, const char* option) {
-  if (value == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {argument, option}});
-}
-
 // The options of which all three functions know: false for another code.
 template <class T>
 bool read_dense_option(int code, Options& options, DenseOptions<T>& o) {
@@ -85,12 +82,12 @@ bool read_dense_option(int code, Options& options, DenseOptions<T>& o) {
     case ZENT_INVERSE_USER:
       o.inverse_storage = Storage::user;
       o.inverse = options.pointer<T>();
-      null_value(o.inverse, "inva", "ZENT_INVERSE_USER");
+      not_null(o.inverse, "inva", "ZENT_INVERSE_USER");
       return true;
     case ZENT_RETURN_USER:
       o.return_user = true;
       o.x = options.pointer<T>();
-      null_value(o.x, "x", "ZENT_RETURN_USER");
+      not_null(o.x, "x", "ZENT_RETURN_USER");
       return true;
     default:
       return false;
@@ -108,7 +105,7 @@ bool read_symmetric_factor_option(int code, Options& options, DenseOptions<T>& o
   if (code != ZENT_FACTOR_USER) return false;
   o.factor_storage = Storage::user;
   o.factor = options.pointer<T>();
-  null_value(o.factor, "factor", "ZENT_FACTOR_USER");
+  not_null(o.factor, "factor", "ZENT_FACTOR_USER");
   return true;
 }
 
@@ -117,7 +114,7 @@ template <class T>
 bool read_condition_option(int code, Options& options, DenseOptions<T>& o) {
   if (code != ZENT_CONDITION) return false;
   o.condition = options.pointer<RealOf<T>>();
-  null_value(o.condition, "cond", "ZENT_CONDITION");
+  not_null(o.condition, "cond", "ZENT_CONDITION");
   return true;
 }
 

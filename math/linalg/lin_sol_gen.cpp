@@ -22,7 +22,7 @@ void parse(Options& options, DenseOptions<T>& o) {
         o.factor_storage = Storage::user;
         o.pvt = options.pointer<long>();
         o.factor = options.pointer<T>();
-        null_value(o.pvt, "ipvt", "ZENT_FACTOR");
+        not_null(o.pvt, "ipvt", "ZENT_FACTOR");
         if (o.factor == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_2, {.l = {"factor", "ZENT_FACTOR"}});
         break;
       default:

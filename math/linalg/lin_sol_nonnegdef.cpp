@@ -15,7 +15,7 @@ bool parse(Options& options, DenseOptions<Real>& o) {
       o.tolerance = options.real<Real>();
     } else if (code == ZENT_TOLERANCE_ADR) {
       const Real* tolerance = options.pointer<Real>();
-      null_value(tolerance, "tolerance", "ZENT_TOLERANCE_ADR");
+      not_null(tolerance, "tolerance", "ZENT_TOLERANCE_ADR");
       if (tolerance != nullptr) o.tolerance = *tolerance;
     } else if (!read_dense_option(code, options, o) && !read_symmetric_factor_option(code, options, o)) {
       raise<Math>(5, MATH_ILLEGAL_OPT_ARG, {.i = {code, options.position}});

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "math/optional_argument.hpp"
 #include "runtime/envelope.hpp"
 #include "runtime/kernels/fast.hpp"
 #include "runtime/options.hpp"
@@ -68,8 +69,7 @@ VectorOptions<Real> read_vector_options(Options& list) {
       options.norm = Norm::infinity;
       options.index = list.pointer<long>();
     } else if (code == ZENT_SECOND_VECTOR) {
-      options.second = list.pointer<const Real>();
-      if (options.second == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {"y", "ZENT_SECOND_VECTOR"}});
+      options.second = not_null(list.pointer<const Real>(), "y", "ZENT_SECOND_VECTOR");
     } else if (!list.unknown<Math>(code)) {
       break;
     }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <type_traits>
 
+#include "math/optional_argument.hpp"
 #include "runtime/envelope.hpp"
 #include "runtime/kernels/fast.hpp"
 #include "runtime/options.hpp"
@@ -117,9 +118,7 @@ void read_matrix(Options& list, const char* name, const char* option, Matrix<E>&
   }
   if constexpr (form == Form::coordinate) matrix.count = list.integer();
   matrix.data = list.pointer<const E>();
-  if (matrix.data == nullptr && (form != Form::coordinate || matrix.count > 0)) {
-    raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {name, option}});
-  }
+  if (form != Form::coordinate || matrix.count > 0) not_null(matrix.data, name, option);
 }
 
 // The options that all forms have; false for any other code.
@@ -132,12 +131,10 @@ bool read_common(int code, Options& list, Operands<E, T>& operands) {
   } else if (code == ZENT_X_VECTOR) {
     operands.x_given = true;
     operands.nx = list.integer();
-    operands.x = list.pointer<const T>();
-    if (operands.x == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {"x", "ZENT_X_VECTOR"}});
+    operands.x = not_null(list.pointer<const T>(), "x", "ZENT_X_VECTOR");
   } else if (code == ZENT_RETURN_USER) {
     operands.user_given = true;
-    operands.user = list.pointer<void>();
-    if (operands.user == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {"result", "ZENT_RETURN_USER"}});
+    operands.user = not_null(list.pointer<void>(), "result", "ZENT_RETURN_USER");
   } else {
     return false;
   }

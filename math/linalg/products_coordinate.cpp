@@ -134,8 +134,7 @@ void* l_mat_mul_rect_coordinate(const char* text, Options& list) {
     if (code == ZENT_SYMMETRIC) {
       symmetric = true;
     } else if (code == ZENT_RETURN_COUNT) {
-      count = list.pointer<long>();
-      if (count == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {"count", "ZENT_RETURN_COUNT"}});
+      count = not_null(list.pointer<long>(), "count", "ZENT_RETURN_COUNT");
     } else if (!read_common<Form::coordinate>(code, list, operands) && !list.unknown<Math>(code)) {
       break;
     }

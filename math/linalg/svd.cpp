@@ -8,6 +8,7 @@
 #include "math/linalg/dense.hpp"
 #include "math/linalg/svd_bidiagonal.hpp"
 #include "math/linalg/svd_iteration.hpp"
+#include "math/optional_argument.hpp"
 #include "runtime/envelope.hpp"
 #include "runtime/options.hpp"
 #include "zent/least_squares.h"
@@ -31,10 +32,9 @@ struct Output {
     wanted = true;
   }
   void user(Options& options, const char* argument, const char* option) {
-    storage = options.pointer<T>();
+    storage = not_null(options.pointer<T>(), argument, option);
     address = nullptr;
     wanted = true;
-    if (storage == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {argument, option}});
   }
   bool obtain(long rows, long meaningful) {
     if (address != nullptr) {
@@ -106,8 +106,7 @@ bool parse(Decomposition<T>& p, Options& options) {
         p.inverse.col_dim = options.integer();
         break;
       case ZENT_RETURN_USER:
-        p.s = options.pointer<Real>();
-        if (p.s == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {"S", "ZENT_RETURN_USER"}});
+        p.s = not_null(options.pointer<Real>(), "S", "ZENT_RETURN_USER");
         break;
       default:
         raise<Math>(5, MATH_ILLEGAL_OPT_ARG, {.i = {code, options.position}});

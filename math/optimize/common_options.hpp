@@ -2,6 +2,7 @@
 #pragma once
 
 #include "math/optimize/record.hpp"
+#include "math/optional_argument.hpp"
 #include "runtime/options.hpp"
 #include "runtime/scratch.hpp"
 #include "zent/option_codes.h"
@@ -10,9 +11,7 @@ namespace zent::optimize {
 
 template <class T>
 T* storage(Options& options, const char* argument, const char* option) {
-  T* const given_storage = options.pointer<T>();
-  if (given_storage == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {argument, option}});
-  return given_storage;
+  return not_null(options.pointer<T>(), argument, option);
 }
 
 template <class Real>

@@ -1,6 +1,7 @@
 // What the public transforms share: options, checks, results.
 #pragma once
 
+#include "math/optional_argument.hpp"
 #include "math/transform/core.hpp"
 #include "math/transform/prepared.hpp"
 #include "runtime/envelope.hpp"
@@ -28,12 +29,6 @@ struct TransformOptions {
   typename RealOfElement<Element>::type* params = nullptr;
   Element* result = nullptr;
 };
-
-template <class T>
-T* not_null(T* pointer, const char* argument, const char* option) {
-  if (pointer == nullptr) raise<Math>(5, MATH_OPTIONAL_ARG_NULL_1, {.l = {argument, option}});
-  return pointer;
-}
 
 template <class Element>
 TransformOptions<Element> read_options(Options& list, bool with_backward) {
